@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Sets up the machine, builds zenutl in Release and runs the demo program.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/setup.sh
+cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release -DZENUTL_BUILD_TESTS=OFF \
+  -DZENUTL_BUILD_EXAMPLES=ON >/dev/null
+cmake --build build/release -j "$(nproc)" --target zenutl_demo
+./build/release/examples/zenutl_demo

@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# Sets up the machine, builds zenutl with AddressSanitizer and UndefinedBehaviorSanitizer and
+# warnings as errors, and runs the whole test suite (including a build against the installed
+# package).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+bash scripts/setup.sh
+jobs=$(nproc)
+cmake -S . -B build/asan -DCMAKE_BUILD_TYPE=Debug -DZENUTL_SANITIZE=ON -DZENUTL_WERROR=ON \
+  -DZENUTL_BUILD_TESTS=ON -DZENUTL_BUILD_EXAMPLES=ON >/dev/null
+cmake --build build/asan -j "$jobs"
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
+export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+ctest --test-dir build/asan --output-on-failure -j "$jobs"
