@@ -1,0 +1,141 @@
+// AuditTrail: a tamper-evident record of what the users of an application did.
+//
+// One XML document, kept live in memory: a `Session` element per run of the application and,
+// inside it, an `Event` per recorded action (a message and optional details). Closing a session
+// seals it with a checksum over its content; on the next start `VerifySignature` recomputes the
+// checksum of every closed session and records a finding when one was edited outside the
+// program. It shows tampering up; it is not a cryptographic signature.
+//
+// A trail lives in a file, in a stream of a `ZnStreamSource`, or in memory only (sub-trails).
+// Applications usually reach it through `AuditTrailWrapper`; settings come from a
+// `ConfigurationSection` through `AuditTrailSettings`.
+//
+// Errors: recording never reports (an event that cannot be recorded is dropped). `Load` tells
+// the user through `UserComm` and clears the trail when the stored trail cannot be read. `Read`
+// and `CopyContent` throw `Exception` and leave the document as it was. `Save` to a file writes
+// a temporary file beside the target and renames it over, so a failed save leaves the previous
+// file whole and `IsModified` true. `EndSession` lets XML errors reach the caller. No operation
+// is thread-safe: one thread drives a trail.
+#ifndef ZENUTL_AUDIT_TRAIL_H_
+#define ZENUTL_AUDIT_TRAIL_H_
+
+#include <boost/function.hpp>
+#include <boost/signals2/signal.hpp>
+#include <functional>
+#include <iosfwd>
+
+#include "zenutl/audit_trail_settings.h"
+#include "zenutl/cstring.h"
+
+class ConfigurationSection;
+class ZnStreamSource;
+struct AuditTrailDocument;
+
+enum AuditTrailCallbackType {
+  // BeginSession needs the extended user information, and the settings ask for a prompt.
+  AuditTrailCallbackExtendedUserInfo = 0
+};
+
+class AuditTrail {
+ public:
+  typedef boost::signals2::signal<void(AuditTrail*), boost::signals2::last_value<void>, int,
+                                  std::less<int>, boost::function<void(AuditTrail*)>>
+      Signal;
+  typedef boost::function<void(AuditTrail*, AuditTrailCallbackType)> CallbackFunction;
+
+  // Memory-only trail; records events whatever the section says (log level forced to 1).
+  explicit AuditTrail(ConfigurationSection* section = nullptr);
+  // Trail kept in the file `fileName`.
+  AuditTrail(const char* fileName, const char* project, ConfigurationSection* section);
+  // Trail kept in stream `fileName` of `source`; `folder` only serves GetFileName.
+  AuditTrail(ZnStreamSource* source, const char* folder, const char* fileName,
+             const char* project, ConfigurationSection* section);
+  // Fires msAuditTrailDeleting first. Does not reset the current instance.
+  virtual ~AuditTrail();
+
+  // Shallow on purpose: both trails then share one document record. Use CopyContent for a copy.
+  AuditTrail& operator=(const AuditTrail& other);
+  AuditTrail(const AuditTrail&) = delete;
+
+  // Sets all four (note: folder last here). A null section keeps the settings' section.
+  void Init(ZnStreamSource* source, const char* fileName, const char* project, const char* folder,
+            ConfigurationSection* section);
+  // As Init, but every null argument leaves its member alone.
+  void UpdateConfiguration(ZnStreamSource* source, const char* fileName, const char* project,
+                           const char* folder, ConfigurationSection* section);
+
+  static AuditTrail* GetInstance();
+  // A non-null trail fires msAuditTrailActiveAuditTrailChanged before it becomes current.
+  static void SetInstance(AuditTrail* trail);
+  void BroadCastChange();
+  static void SetCallback(CallbackFunction callback);
+
+  // Opens a session unless one is open. Ignores the log level.
+  virtual void BeginSession();
+  // Seals the open session with its "CheckSum". Leaves the modified flag alone.
+  virtual void EndSession();
+  // Records one event in the open session when the log level is at least 1. `subTrail`'s open
+  // session's events are nested into the new event.
+  virtual void AddEvent(const char* message, const char* details, AuditTrail* subTrail);
+  void SetProject(const char* name);
+  // Deletes the stored trail and starts over with a new session and "Audit Trail cleared.".
+  void Clear();
+
+  // True when every closed session still matches its "CheckSum"; otherwise records the finding
+  // as an event, stores it in `message` (may be null) and returns false.
+  bool VerifySignature(CString* message);
+  void BeginSessionAndVerifySignature();
+  void EndSessionAndSave();
+
+  void Load();
+  void LoadAndUpdateLogEventsFromData();
+  // Replaces the document by the one in `stream`; throws Exception and keeps the old one when
+  // the stream does not hold a readable document.
+  void Read(std::istream& stream);
+  void Save();
+  void Save(std::ostream& stream);
+  // Writes a copy (only for a trail that was read) and copies "audit_trail.xsl" beside it.
+  void SaveAs(const char* fileName);
+  // Makes this trail a deep copy of `other`'s document, open session and settings.
+  virtual void CopyContent(AuditTrail* other);
+
+  bool IsEmpty() const;
+  bool IsModified() const { return mModified; }
+  bool IsFileMissing() const { return mFileMissing; }
+  AuditTrailSettings& GetAuditTrailSettings() { return mSettings; }
+  CString GetFileName() const;
+
+  static Signal msAuditTrailBeginSession;
+  static Signal msAuditTrailEventAdded;
+  static Signal msAuditTrailEndSession;
+  static Signal msAuditTrailProjectNameChanged;
+  static Signal msAuditTrailActiveAuditTrailChanged;
+  static Signal msAuditTrailDeleting;
+
+ protected:
+  // The signature of the open session (`current`), of the last closed one (index < 0), or of
+  // the root's child at `index`; "" when there is no such session.
+  CString ComputeSessionSignature(bool current, int index) const;
+  // Removes a trailing "CheckSum" from the open session.
+  void DeleteCheckSum();
+
+  static CallbackFunction smCallbackFun;
+
+ private:
+  void DisposeDocument();
+  void ResetDocument();
+  bool HasStore() const;
+
+  AuditTrailDocument* mDocument;
+  CString mFileName;
+  CString mProject;
+  bool mModified = false;
+  AuditTrailSettings mSettings;
+  ZnStreamSource* mStreamSource = nullptr;
+  CString mFolder;
+  bool mFileMissing = false;
+
+  static AuditTrail* spInstance;
+};
+
+#endif  // ZENUTL_AUDIT_TRAIL_H_

@@ -1,0 +1,45 @@
+// The record behind an AuditTrail: the DOM document, the parser that may own it, and the open
+// session. Shared between the trail's document and persistence halves.
+#ifndef ZENUTL_AUDIT_AUDIT_TRAIL_DOCUMENT_H_
+#define ZENUTL_AUDIT_AUDIT_TRAIL_DOCUMENT_H_
+
+#include <xercesc/dom/DOM.hpp>
+#include <xercesc/parsers/XercesDOMParser.hpp>
+
+struct AuditTrailDocument {
+  // Owned; null until the first Load or Read.
+  xercesc::XercesDOMParser* parser = nullptr;
+  // Owned by this record (released with release()) only while there is no parser.
+  xercesc::DOMDocument* document = nullptr;
+  // The open "Session" element, or null.
+  xercesc::DOMElement* session = nullptr;
+
+  xercesc::DOMDocument* GetDocument() const {
+    return parser ? parser->getDocument() : document;
+  }
+  xercesc::DOMElement* GetRoot() const {
+    xercesc::DOMDocument* doc = GetDocument();
+    return doc ? doc->getDocumentElement() : nullptr;
+  }
+};
+
+namespace zenutl {
+namespace audit {
+
+// Allocates a record, initialises the XML platform for its lifetime and builds the initial
+// document: the stylesheet instruction and the "AuditTrail" root.
+AuditTrailDocument* CreateAuditTrailDocument();
+// Frees the parser or the owned document, the record, and the record's hold on the platform.
+void DestroyAuditTrailDocument(AuditTrailDocument* record);
+
+// The root's child at `index` (elements and all), or null.
+xercesc::DOMNode* RootChildAt(const AuditTrailDocument& record, int index);
+// Number of children of the root; 0 without a document or root.
+int RootChildCount(const AuditTrailDocument& record);
+// The position of the last closed session: n - 1, or n - 2 while a session is open.
+int LastClosedSessionIndex(const AuditTrailDocument& record);
+
+}  // namespace audit
+}  // namespace zenutl
+
+#endif  // ZENUTL_AUDIT_AUDIT_TRAIL_DOCUMENT_H_

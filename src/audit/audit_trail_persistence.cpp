@@ -1,0 +1,260 @@
+// The audit trail's signatures and persistence: verifying closed sessions, loading, reading,
+// saving and copying the document.
+#include <xercesc/sax/SAXException.hpp>
+#include <xercesc/util/XMLException.hpp>
+
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <unistd.h>
+
+#include "audit/audit_trail_document.h"
+#include "audit/audit_xml.h"
+#include "platform/atomic_file.h"
+#include "platform/native_path.h"
+#include "zenutl/audit_trail.h"
+#include "zenutl/exception.h"
+#include "zenutl/user_comm.h"
+#include "zenutl/xml_input.h"
+#include "zenutl/xml_output.h"
+#include "zenutl/zn_file.h"
+#include "zenutl/zn_path.h"
+#include "zenutl/zn_stream_source.h"
+
+XERCES_CPP_NAMESPACE_USE
+using namespace zenutl::audit;  // NOLINT: the implementation file of this component
+
+namespace {
+
+const char kMismatchFormat[] =
+    "The digital signature for %d of the previous sessions in the Audit Trail could not be "
+    "verified.";
+const char kLoadFailureFormat[] =
+    "An error occurred while loading the Audit Trail. To prevent further problems, the Audit "
+    "Trail will be cleared.\n\nDetails: %s";
+const char kCopyContentFailed[] = "AuditTrail::CopyContent failed.";
+
+// The stored checksum text: each 16-bit unit narrowed to its low byte.
+CString NarrowToLowBytes(const XMLCh* text) {
+  CString narrow;
+  for (; text && *text; ++text) narrow += static_cast<char>(*text & 0xFF);
+  return narrow;
+}
+
+// A DOM exception's message was always passed on as wide text to a narrow format, so only its
+// first character ever showed; the trail's error texts keep that form.
+CString FirstCharacterOf(const XMLCh* message) {
+  CString text;
+  if (message && *message) text += static_cast<char>(*message & 0xFF);
+  return text;
+}
+
+// Text of a closed session's last event message, or null when the walk finds no such node.
+const XMLCh* LastEventMessage(const DOMNode* session) {
+  const DOMNode* checkSum = session->getLastChild();
+  const DOMNode* events = checkSum ? checkSum->getPreviousSibling() : nullptr;
+  const DOMNode* lastEvent = events ? events->getLastChild() : nullptr;
+  const DOMNode* message = lastEvent ? lastEvent->getFirstChild() : nullptr;
+  return message ? message->getNodeValue() : nullptr;
+}
+
+// A parser hardened against documents that reach for the network or expand without bound.
+std::unique_ptr<XercesDOMParser> MakeParser() {
+  std::unique_ptr<XercesDOMParser> parser(new XercesDOMParser);
+  zenutl::ConfigureSafeParser(*parser);
+  return parser;
+}
+
+bool WriteDocumentText(const DOMNode* node, std::string& text) {
+  std::ostringstream out;
+  WriteXMLFile(out, node, false);
+  if (!out) return false;
+  text = out.str();
+  return true;
+}
+
+}  // namespace
+
+bool AuditTrail::VerifySignature(CString* message) {
+  if (mSettings.GetLogLevel() < 1) return true;
+  const int count = RootChildCount(*mDocument) - (mDocument->session ? 1 : 0);
+  int mismatches = 0;
+  CString stored;
+  for (int index = count - 1; index >= 0; --index) {
+    const CString computed = ComputeSessionSignature(false, index);
+    const DOMNode* session = RootChildAt(*mDocument, index);
+    if (!session) return true;
+    const DOMNode* last = session->getLastChild();
+    if (!IsElementNamed(last, "CheckSum")) {
+      ++mismatches;
+      continue;
+    }
+    if (last->hasChildNodes()) stored = NarrowToLowBytes(last->getFirstChild()->getNodeValue());
+    if (stored != computed) ++mismatches;
+  }
+  if (mismatches == 0) return true;
+  CString text;
+  text.Format(kMismatchFormat, mismatches);
+  if (message) *message = text;
+  AddEvent(text, nullptr, nullptr);
+  return false;
+}
+
+void AuditTrail::BeginSessionAndVerifySignature() {
+  BeginSession();
+  CString message;
+  if (!VerifySignature(&message)) {
+    message += " See the Audit Trail for details.";
+    UserComm::GetUserComm()->InformUser(message, "AuditTrail", 0);
+  }
+}
+
+void AuditTrail::EndSessionAndSave() {
+  EndSession();
+  Save();
+}
+
+void AuditTrail::Load() {
+  CString error;
+  try {
+    std::unique_ptr<std::istream> stream;
+    const std::string nativePath = zenutl::platform::ToNativePath(mFileName.GetString());
+    if (mStreamSource) {
+      stream.reset(mStreamSource->OpenInputStream(mFileName));
+      if (!stream) return;
+    } else if (access(nativePath.c_str(), F_OK) != 0) {
+      mFileMissing = true;
+      return;
+    }
+    if (!mDocument->parser) {
+      mDocument->parser = MakeParser().release();
+      if (mDocument->document) mDocument->document->release();
+      mDocument->document = nullptr;
+    }
+    if (stream) {
+      IStreamInputSource source(*stream);
+      mDocument->parser->parse(source);
+    } else {
+      mDocument->parser->parse(nativePath.c_str());
+    }
+    mDocument->session = nullptr;
+  } catch (const XMLException& e) {
+    error = ToCString(e.getMessage());
+  } catch (const DOMException& e) {
+    error.Format("Message: %s", FirstCharacterOf(e.getMessage()).GetString());
+  } catch (const Exception& e) {
+    error.Format("Message: %s", e.Why().GetString());
+  } catch (...) {
+    error = "Unspecified error. ";
+  }
+  if (error.IsEmpty()) return;
+  CString text;
+  text.Format(kLoadFailureFormat, error.GetString());
+  UserComm::GetUserComm()->FatalError(text, "Audit Trail");
+  Clear();
+}
+
+void AuditTrail::LoadAndUpdateLogEventsFromData() {
+  Load();
+  const DOMNode* session = RootChildAt(*mDocument, LastClosedSessionIndex(*mDocument));
+  if (!session || !session->hasChildNodes()) return;
+  const XMLCh* message = LastEventMessage(session);
+  if (!message) return;
+  const CString text = ToCString(message);
+  if (text != "The Audit Trail is currently OFF." && text != "Audit Trail turned off.") {
+    mSettings.SetLogEvents(1);
+  }
+}
+
+void AuditTrail::Read(std::istream& stream) {
+  std::unique_ptr<XercesDOMParser> parser = MakeParser();
+  try {
+    IStreamInputSource source(stream);
+    parser->parse(source);
+  } catch (const XMLException& e) {
+    throw Exception(CString("AuditTrail::Read failed\n") + ToCString(e.getMessage()));
+  } catch (const DOMException& e) {
+    throw Exception(CString("AuditTrail::Read failed\n") + FirstCharacterOf(e.getMessage()));
+  } catch (const SAXException& e) {
+    throw Exception(CString("AuditTrail::Read failed\n") + ToCString(e.getMessage()));
+  }
+  if (mDocument->parser) {
+    delete mDocument->parser;
+  } else if (mDocument->document) {
+    mDocument->document->release();
+  }
+  mDocument->document = nullptr;
+  mDocument->parser = parser.release();
+  mDocument->session = nullptr;
+}
+
+void AuditTrail::Save() {
+  DOMDocument* document = mDocument->GetDocument();
+  if (mStreamSource) {
+    std::unique_ptr<std::ostream> stream(mStreamSource->OpenOutputStream(mFileName));
+    if (!stream || !*stream) return;
+    WriteXMLFile(*stream, document, false);
+    stream->flush();
+    if (*stream) mModified = false;
+    return;
+  }
+  // The whole text first, then one atomic replacement: a failure part-way leaves the previous
+  // file as it was, and the modified flag tells the caller that nothing was saved.
+  std::string text;
+  if (!WriteDocumentText(document, text)) return;
+  const std::string nativePath = zenutl::platform::ToNativePath(mFileName.GetString());
+  if (zenutl::platform::WriteFileAtomically(nativePath, text, nullptr)) mModified = false;
+}
+
+void AuditTrail::Save(std::ostream& stream) { WriteXMLFile(stream, mDocument->GetDocument(), false); }
+
+void AuditTrail::SaveAs(const char* fileName) {
+  std::string text;
+  const DOMNode* document = mDocument->parser ? mDocument->parser->getDocument() : nullptr;
+  if (document) WriteDocumentText(document, text);
+  zenutl::platform::WriteFileAtomically(zenutl::platform::ToNativePath(fileName), text, nullptr);
+
+  FNClass source;
+  source.Split(mStreamSource ? mFolder.GetString() : mFileName.GetString());
+  source.SetNameAndExt("audit_trail.xsl");
+  source.Merge();
+  FNClass target;
+  target.Split(fileName);
+  target.SetNameAndExt("audit_trail.xsl");
+  target.Merge();
+  ZnCopyFile(source.GetPath(), target.GetPath(), false);
+}
+
+void AuditTrail::CopyContent(AuditTrail* other) {
+  const CString tempName = ZnFile::GetTempFileNameA("AuditTemp.xml");
+  const std::string nativeTemp = zenutl::platform::ToNativePath(tempName.GetString());
+  std::fstream stream(nativeTemp, std::ios::in | std::ios::out | std::ios::trunc |
+                                      std::ios::binary);
+  if (!stream) {
+    std::remove(nativeTemp.c_str());
+    throw Exception(kCopyContentFailed);
+  }
+  try {
+    other->Save(stream);
+    if (!stream.good()) throw Exception(kCopyContentFailed);
+    stream.seekg(0);
+    Read(stream);
+    if (!other->mDocument->session) {
+      mDocument->session = nullptr;
+    } else {
+      other->mDocument->session->normalize();
+      DOMNodeList* found = mDocument->GetDocument()->getElementsByTagName(
+          other->mDocument->session->getTagName());
+      if (found->getLength() > 0) {
+        mDocument->session = static_cast<DOMElement*>(found->item(found->getLength() - 1));
+      }
+    }
+    mSettings = other->mSettings;
+  } catch (...) {
+    stream.close();
+    std::remove(nativeTemp.c_str());
+    throw;
+  }
+  stream.close();
+  unlink(nativeTemp.c_str());
+}

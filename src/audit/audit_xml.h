@@ -1,0 +1,41 @@
+// Small helpers for the audit trail's use of the Xerces DOM: text conversion and name tests.
+#ifndef ZENUTL_AUDIT_AUDIT_XML_H_
+#define ZENUTL_AUDIT_AUDIT_XML_H_
+
+#include <xercesc/dom/DOM.hpp>
+
+#include "zenutl/cstring.h"
+
+namespace zenutl {
+namespace audit {
+
+// A library text as DOM text. The trail's texts are UTF-8, the Linux local code page.
+class XmlText {
+ public:
+  explicit XmlText(const char* text);
+  ~XmlText();
+  XmlText(const XmlText&) = delete;
+  XmlText& operator=(const XmlText&) = delete;
+  const XMLCh* get() const { return mText; }
+  operator const XMLCh*() const { return mText; }  // NOLINT: used as a DOM argument
+
+ private:
+  XMLCh* mText;
+};
+
+// DOM text as a library text (UTF-8); null gives "".
+CString ToCString(const XMLCh* text);
+
+// Whether a DOM name equals an ASCII name, ignoring ASCII case.
+bool NameEqualsNoCase(const XMLCh* name, const char* ascii);
+
+// The first child element named `name` (ignoring case), or null.
+xercesc::DOMElement* FindChildElement(const xercesc::DOMNode* parent, const char* name);
+
+// Whether `node` is an element named `name` (ignoring case).
+bool IsElementNamed(const xercesc::DOMNode* node, const char* name);
+
+}  // namespace audit
+}  // namespace zenutl
+
+#endif  // ZENUTL_AUDIT_AUDIT_XML_H_

@@ -1,0 +1,396 @@
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <string>
+
+#include "audit/audit_test_support.h"
+#include "support/temp_dir.h"
+#include "zenutl/audit_trail.h"
+#include "zenutl/exception.h"
+#include "zenutl/zn_folder_stream_source.h"
+
+namespace {
+
+using zenutl_test::CountOf;
+using zenutl_test::ReadWholeFile;
+using zenutl_test::SavedText;
+using zenutl_test::UserCommRecorder;
+using zenutl_test::WriteWholeFile;
+
+class AuditTrailPersistence : public zenutl_test::TempDirTest {
+ protected:
+  // A trail file with `sessions` closed sessions of two events each.
+  std::string RecordTrail(int sessions) {
+    const std::string path = File("trail.xml");
+    for (int i = 0; i < sessions; ++i) {
+      AuditTrail trail(path.c_str(), "Project X", nullptr);
+      trail.GetAuditTrailSettings().SetLogEvents(1);
+      trail.Load();
+      trail.BeginSession();
+      trail.AddEvent(("opened sample " + std::to_string(i)).c_str(), "weight=12.5 g", nullptr);
+      trail.AddEvent("Measured", "", nullptr);
+      trail.EndSessionAndSave();
+      EXPECT_FALSE(trail.IsModified());
+    }
+    return path;
+  }
+
+  // Loads `path` into a new trail and verifies it; the finding's text goes to `message`.
+  bool VerifyFile(const std::string& path, CString* message = nullptr) {
+    AuditTrail trail(path.c_str(), "", nullptr);
+    trail.GetAuditTrailSettings().SetLogEvents(1);
+    trail.Load();
+    return trail.VerifySignature(message);
+  }
+};
+
+TEST_F(AuditTrailPersistence, SavedTrailReloadsAndVerifies) {
+  const std::string path = RecordTrail(3);
+  const std::string text = ReadWholeFile(path);
+  EXPECT_EQ(CountOf(text, "<Session "), 3);
+  EXPECT_EQ(CountOf(text, "<CheckSum "), 3);
+  CString message("untouched");
+  EXPECT_TRUE(VerifyFile(path, &message));
+  EXPECT_STREQ(message, "untouched");
+}
+
+TEST_F(AuditTrailPersistence, SavingAReadTrailChangesNothing) {
+  const std::string path = RecordTrail(2);
+  const std::string before = ReadWholeFile(path);
+  AuditTrail trail(path.c_str(), "", nullptr);
+  trail.Load();
+  EXPECT_EQ(SavedText(trail), before);
+}
+
+TEST_F(AuditTrailPersistence, AnotherProcessVerifiesTheTrail) {
+  const std::string path = RecordTrail(2);
+  pid_t child = fork();
+  ASSERT_NE(child, -1);
+  if (child == 0) {
+    AuditTrail trail(path.c_str(), "", nullptr);
+    trail.GetAuditTrailSettings().SetLogEvents(1);
+    trail.Load();
+    _exit(trail.VerifySignature(nullptr) ? 0 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+// Each row edits the saved text of a two-session trail the way a tamperer might.
+TEST_F(AuditTrailPersistence, TamperingIsFoundWhereTheSignatureCoversIt) {
+  struct Row {
+    const char* what;
+    const char* pattern;
+    const char* replacement;
+    int mismatches;  // 0: not found
+  } rows[] = {
+      {"attribute value", "Project=\"Project X\"", "Project=\"Project Y\"", 2},
+      {"event message", ">Measured<", ">Measurd<", 2},
+      {"event detail", "weight=12.5 g", "weight=13.5 g", 2},
+      {"first session's detail only", "opened sample 0", "opened sample 9", 1},
+      {"deleted checksum", "<CheckSum [^>]*>[0-9a-f]+</CheckSum></Session>", "</Session>", 2},
+      {"element renamed", "<Details", "<Detail", 0},
+      {"attribute renamed", " Computer=", " Machine=", 0},
+      {"same low byte", ">Measured<", ">Me\xC5\xA1sured<", 0},
+      {"checksum attributes", "<CheckSum Date=\"[^\"]*\"", "<CheckSum Date=\"yesterday\"", 0},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    const std::string path = RecordTrail(2);
+    std::string text = ReadWholeFile(path);
+    const std::string edited = std::regex_replace(text, std::regex(row.pattern), row.replacement);
+    ASSERT_NE(edited, text);
+    WriteWholeFile(path, edited);
+    CString message;
+    const bool verified = VerifyFile(path, &message);
+    EXPECT_EQ(verified, row.mismatches == 0);
+    if (row.mismatches) {
+      CString expected;
+      expected.Format(
+          "The digital signature for %d of the previous sessions in the Audit Trail could "
+          "not be verified.",
+          row.mismatches);
+      EXPECT_STREQ(message, expected);
+    }
+    boost::filesystem::remove(path);
+  }
+}
+
+TEST_F(AuditTrailPersistence, UpperCaseSignatureIsAMismatch) {
+  const std::string path = RecordTrail(2);
+  std::string text = ReadWholeFile(path);
+  const std::regex stored(">([0-9a-f]+)</CheckSum>");
+  int withLetters = 0;
+  std::string edited;
+  std::size_t copied = 0;
+  for (auto it = std::sregex_iterator(text.begin(), text.end(), stored);
+       it != std::sregex_iterator(); ++it) {
+    std::string value = (*it)[1];
+    if (value.find_first_of("abcdef") != std::string::npos) ++withLetters;
+    for (char& ch : value) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+    edited += text.substr(copied, static_cast<std::size_t>(it->position(1)) - copied) + value;
+    copied = static_cast<std::size_t>(it->position(1) + it->length(1));
+  }
+  edited += text.substr(copied);
+  WriteWholeFile(path, edited);
+  CString message;
+  EXPECT_EQ(VerifyFile(path, &message), withLetters == 0);
+  if (withLetters) EXPECT_NE(message.Find(("for " + std::to_string(withLetters) + " of").c_str()), -1);
+}
+
+TEST_F(AuditTrailPersistence, DeletingOrReorderingWholeSessionsIsNotFound) {
+  const std::string path = RecordTrail(3);
+  const std::string text = ReadWholeFile(path);
+  std::smatch first;
+  ASSERT_TRUE(std::regex_search(text, first, std::regex("<Session .*?</Session>")));
+  std::string withoutFirst = text;
+  withoutFirst.erase(static_cast<std::size_t>(first.position(0)),
+                     static_cast<std::size_t>(first.length(0)));
+  WriteWholeFile(path, withoutFirst);
+  EXPECT_TRUE(VerifyFile(path));
+
+  std::string reordered = withoutFirst;
+  const std::size_t rootEnd = reordered.find("</AuditTrail>");
+  reordered.insert(rootEnd, first.str());
+  WriteWholeFile(path, reordered);
+  EXPECT_TRUE(VerifyFile(path));
+}
+
+TEST_F(AuditTrailPersistence, FindingIsRecordedInTheOpenSessionAndToldToTheUser) {
+  const std::string path = RecordTrail(2);
+  WriteWholeFile(path, std::regex_replace(ReadWholeFile(path), std::regex(">Measured<"), ">Gone<"));
+  UserCommRecorder recorder;
+  AuditTrail trail(path.c_str(), "", nullptr);
+  trail.GetAuditTrailSettings().SetLogEvents(1);
+  trail.Load();
+  trail.BeginSessionAndVerifySignature();
+  const char* finding =
+      "The digital signature for 2 of the previous sessions in the Audit Trail could not be "
+      "verified.";
+  ASSERT_EQ(recorder.messages.size(), 1u);
+  EXPECT_EQ(recorder.messages[0].kind, "InformUser");
+  EXPECT_EQ(recorder.messages[0].title, "AuditTrail");
+  EXPECT_EQ(recorder.messages[0].text, std::string(finding) + " See the Audit Trail for details.");
+  const std::string text = SavedText(trail);
+  EXPECT_EQ(CountOf(text, std::string(">") + finding + "<Details/>"), 1);
+  // The open session is not checked, so a second verification finds the same two.
+  CString again;
+  EXPECT_FALSE(trail.VerifySignature(&again));
+  EXPECT_STREQ(again, finding);
+}
+
+TEST_F(AuditTrailPersistence, SessionWithoutCheckSumIsAMismatch) {
+  const std::string path = File("open.xml");
+  {
+    AuditTrail trail(path.c_str(), "", nullptr);
+    trail.GetAuditTrailSettings().SetLogEvents(1);
+    trail.BeginSession();
+    trail.AddEvent("crash follows", "", nullptr);
+    trail.Save();
+  }
+  CString message;
+  EXPECT_FALSE(VerifyFile(path, &message));
+  EXPECT_NE(message.Find("for 1 of"), -1);
+}
+
+TEST_F(AuditTrailPersistence, TurnedOffTrailVerifiesAnything) {
+  const std::string path = RecordTrail(1);
+  WriteWholeFile(path, std::regex_replace(ReadWholeFile(path), std::regex(">Measured<"), ">X<"));
+  AuditTrail trail(path.c_str(), "", nullptr);
+  trail.Load();
+  trail.BeginSession();
+  EXPECT_TRUE(trail.VerifySignature(nullptr));
+  EXPECT_EQ(CountOf(SavedText(trail), "could not be verified"), 0);
+}
+
+TEST_F(AuditTrailPersistence, MissingFileOnlySetsTheFlag) {
+  AuditTrail trail(File("absent.xml").c_str(), "", nullptr);
+  EXPECT_FALSE(trail.IsFileMissing());
+  trail.Load();
+  EXPECT_TRUE(trail.IsFileMissing());
+  EXPECT_TRUE(trail.IsEmpty());
+}
+
+TEST_F(AuditTrailPersistence, UnreadableFileIsReportedAndTheTrailCleared) {
+  struct Row {
+    const char* what;
+    std::string content;
+  } rows[] = {
+      {"truncated", "<?xml version=\"1.0\"?><AuditTrail Version=\"1.0\"><Session Vers"},
+      {"binary", std::string("\x00\x01\xFF\xFE garbage \x89PNG", 18)},
+      {"empty", ""},
+      {"mismatched tags", "<AuditTrail><Session></AuditTrail>"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    const std::string path = File("broken.xml");
+    WriteWholeFile(path, row.content);
+    UserCommRecorder recorder;
+    AuditTrail trail(path.c_str(), "", nullptr);
+    trail.GetAuditTrailSettings().SetLogEvents(1);
+    trail.Load();
+    ASSERT_EQ(recorder.messages.size(), 1u);
+    EXPECT_EQ(recorder.messages[0].kind, "FatalError");
+    EXPECT_EQ(recorder.messages[0].title, "Audit Trail");
+    EXPECT_EQ(recorder.messages[0].text.rfind(
+                  "An error occurred while loading the Audit Trail. To prevent further problems, "
+                  "the Audit Trail will be cleared.\n\nDetails: ",
+                  0),
+              0u);
+    EXPECT_FALSE(boost::filesystem::exists(path));
+    const std::string text = SavedText(trail);
+    EXPECT_EQ(CountOf(text, "<Session "), 1);
+    EXPECT_NE(text.find(">Audit Trail cleared.<"), std::string::npos);
+  }
+}
+
+TEST_F(AuditTrailPersistence, ReadOfBadDataThrowsAndKeepsTheDocument) {
+  AuditTrail trail;
+  trail.BeginSession();
+  trail.AddEvent("keep me", "", nullptr);
+  const std::string before = SavedText(trail);
+  std::istringstream bad("<AuditTrail><Session>");
+  try {
+    trail.Read(bad);
+    FAIL() << "no exception";
+  } catch (const Exception& e) {
+    EXPECT_EQ(std::string(e.Why().Left(24)), "AuditTrail::Read failed\n");
+  }
+  EXPECT_EQ(SavedText(trail), before);
+  trail.AddEvent("still open", "", nullptr);
+  EXPECT_EQ(CountOf(SavedText(trail), "<Event "), 2);
+}
+
+TEST_F(AuditTrailPersistence, ReadReplacesTheDocumentAndClosesTheSession) {
+  const std::string path = RecordTrail(1);
+  std::ifstream in(path, std::ios::binary);
+  AuditTrail trail;
+  trail.BeginSession();
+  trail.Read(in);
+  trail.AddEvent("no session to take it", "", nullptr);
+  EXPECT_EQ(SavedText(trail), ReadWholeFile(path));
+}
+
+TEST_F(AuditTrailPersistence, FailedSaveKeepsThePreviousFileAndTheModifiedFlag) {
+  const std::string path = RecordTrail(1);
+  const std::string before = ReadWholeFile(path);
+  pid_t child = fork();
+  ASSERT_NE(child, -1);
+  if (child == 0) {
+    AuditTrail trail(path.c_str(), "", nullptr);
+    trail.GetAuditTrailSettings().SetLogEvents(1);
+    trail.Load();
+    trail.BeginSession();
+    for (int i = 0; i < 200; ++i) trail.AddEvent("a long event to make the file grow", "", nullptr);
+    trail.EndSession();
+    // The file may now grow to only part of the new text: the write fails midway.
+    std::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit limit = {static_cast<rlim_t>(before.size() + 100),
+                           static_cast<rlim_t>(before.size() + 100)};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    trail.Save();
+    _exit(trail.IsModified() ? 0 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0) << "modified flag was cleared by a failed save";
+  EXPECT_EQ(ReadWholeFile(path), before);
+  EXPECT_TRUE(VerifyFile(path));
+  for (auto& entry : boost::filesystem::directory_iterator(Dir())) {
+    EXPECT_EQ(entry.path().filename().string(), "trail.xml") << "stray temporary file";
+  }
+}
+
+TEST_F(AuditTrailPersistence, SaveIntoAMissingFolderKeepsTheModifiedFlag) {
+  AuditTrail trail(File("no/such/folder/trail.xml").c_str(), "", nullptr);
+  trail.GetAuditTrailSettings().SetLogEvents(1);
+  trail.BeginSession();
+  trail.AddEvent("unsaved", "", nullptr);
+  trail.Save();
+  EXPECT_TRUE(trail.IsModified());
+}
+
+TEST_F(AuditTrailPersistence, SaveAsWritesACopyWithTheStylesheet) {
+  const std::string path = RecordTrail(1);
+  WriteWholeFile(File("audit_trail.xsl"), "<xsl/>");
+  boost::filesystem::create_directories(Dir() / "copy");
+  const std::string copy = File("copy/exported.xml");
+  AuditTrail trail(path.c_str(), "", nullptr);
+  trail.Load();
+  trail.SaveAs(copy.c_str());
+  EXPECT_EQ(ReadWholeFile(copy), ReadWholeFile(path));
+  EXPECT_EQ(ReadWholeFile(File("copy/audit_trail.xsl")), "<xsl/>");
+  EXPECT_STREQ(trail.GetFileName(), path.c_str());
+}
+
+TEST_F(AuditTrailPersistence, CopyContentTakesDocumentOpenSessionAndSettings) {
+  AuditTrail source;
+  source.GetAuditTrailSettings().SetExtendedUserInfo("QA lab");
+  source.BeginSession();
+  source.AddEvent("first", "", nullptr);
+  AuditTrail copy(File("target.xml").c_str(), "Mine", nullptr);
+  copy.CopyContent(&source);
+  EXPECT_EQ(SavedText(copy), SavedText(source));
+  EXPECT_STREQ(copy.GetAuditTrailSettings().GetExtendedUserInfo(), "QA lab");
+  copy.AddEvent("second", "", nullptr);
+  EXPECT_EQ(CountOf(SavedText(copy), "<Event "), 2);
+  EXPECT_EQ(CountOf(SavedText(source), "<Event "), 1);
+  EXPECT_STREQ(copy.GetFileName(), File("target.xml").c_str());
+}
+
+TEST_F(AuditTrailPersistence, LoggingIsInferredFromTheLastEvent) {
+  struct Row {
+    const char* lastMessage;
+    int expectedLevel;
+  } rows[] = {{"Measured", 1},
+              {"Audit Trail turned off.", 0},
+              {"The Audit Trail is currently OFF.", 0}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.lastMessage);
+    const std::string path = File("inferred.xml");
+    {
+      AuditTrail writer(path.c_str(), "", nullptr);
+      writer.GetAuditTrailSettings().SetLogEvents(1);
+      writer.BeginSession();
+      writer.AddEvent(row.lastMessage, "", nullptr);
+      writer.EndSessionAndSave();
+    }
+    AuditTrail reader(path.c_str(), "", nullptr);
+    reader.LoadAndUpdateLogEventsFromData();
+    EXPECT_EQ(reader.GetAuditTrailSettings().GetLogLevel(), row.expectedLevel);
+    boost::filesystem::remove(path);
+  }
+}
+
+TEST_F(AuditTrailPersistence, LifeOfATrailInAFolderStreamSource) {
+  ZnFolderStreamSource source(Dir().string().c_str());
+  for (int run = 0; run < 2; ++run) {
+    AuditTrail trail(&source, "C:\\Projects", "audit\\trail.xml", "P7", nullptr);
+    trail.GetAuditTrailSettings().SetLogEvents(1);
+    trail.LoadAndUpdateLogEventsFromData();
+    UserCommRecorder recorder;
+    trail.BeginSessionAndVerifySignature();
+    EXPECT_TRUE(recorder.messages.empty());
+    trail.AddEvent("run", std::to_string(run).c_str(), nullptr);
+    trail.EndSessionAndSave();
+    EXPECT_FALSE(trail.IsModified());
+    EXPECT_STREQ(trail.GetFileName(), "C:\\Projects\\audit\\trail.xml");
+  }
+  const std::string text = ReadWholeFile(File("audit/trail.xml"));
+  EXPECT_EQ(CountOf(text, "<Session "), 2);
+  AuditTrail cleared(&source, "", "audit\\trail.xml", "", nullptr);
+  cleared.Clear();
+  EXPECT_FALSE(source.StreamExists("audit\\trail.xml"));
+}
+
+}  // namespace
