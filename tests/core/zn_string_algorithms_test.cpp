@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cfloat>
 #include <string>
 #include <vector>
+
+#include "zenutl/locales.h"
 
 namespace {
 
@@ -210,6 +213,100 @@ TEST(Lsprintf, PrintsArgumentsByTheirPositions) {
   EXPECT_STREQ(out, "100% sure: yes");
   EXPECT_EQ(ZnString::lsprintf(out, "plain text"), 10);
   EXPECT_STREQ(out, "plain text");
+}
+
+struct Limits {
+  bool ok;
+  float lower;
+  float upper;
+  bool lowerInclusive;
+  bool upperInclusive;
+};
+
+Limits Evaluate(const char* expression) {
+  // Start from values the function must overwrite.
+  Limits limits = {false, 1.0f, 2.0f, true, true};
+  limits.ok = ZnString::EvaluateLimitExpression(expression, limits.lower, limits.upper,
+                                                limits.lowerInclusive, limits.upperInclusive);
+  return limits;
+}
+
+TEST(EvaluateLimitExpression, ReadsBoundsThatTighten) {
+  const float kLow = -FLT_MAX;
+  const float kHigh = FLT_MAX;
+  struct Row {
+    const char* expression;
+    Limits expected;
+  } rows[] = {
+      {"> 5 ; <= 10", {true, 5, 10, false, true}},
+      {"= 3", {true, 3, 3, true, true}},
+      {"5 <", {true, 5, kHigh, false, false}},
+      {"5 < ; 10 >", {true, 5, 10, false, false}},
+      {"> 5 : < 9", {true, 5, 9, false, false}},
+      {"> 5 ; > 3", {true, 5, kHigh, false, false}},
+      {"> 3 ; >= 5", {true, 5, kHigh, true, false}},
+      {"> 5 ; >= 5", {true, 5, kHigh, false, false}},  // no tightening, flag kept
+      {"<=7", {true, kLow, 7, false, true}},
+      {"=< 7", {true, kLow, 7, false, true}},
+      {"7 =>", {true, kLow, 7, false, true}},
+      {"< = 4", {true, kLow, 4, false, true}},
+      {">= -2.5", {true, -2.5f, kHigh, true, false}},
+      {"< 2,5", {true, kLow, 2.5f, false, false}},     // either decimal separator
+      {"junk ; > 5", {true, 5, kHigh, false, false}},  // text with no operator is dropped
+      {"= 3 ; = 5", {true, 5, 3, true, true}},
+      {"", {false, kLow, kHigh, false, false}},
+      {"5", {false, kLow, kHigh, false, false}},
+      {"x > 5", {false, kLow, kHigh, false, false}},
+      {"> x", {false, kLow, kHigh, false, false}},
+      {"5 < 6", {false, kLow, kHigh, false, false}},
+      {"<>", {false, kLow, kHigh, false, false}},
+      {"==", {false, kLow, kHigh, false, false}},
+      {"1 < x < 2", {false, kLow, kHigh, false, false}},
+      {"< 5 =", {false, kLow, kHigh, false, false}},
+      {"> 5 ; y <", {false, 5, kHigh, false, false}},  // keeps what was set before the fault
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.expression);
+    const Limits limits = Evaluate(row.expression);
+    EXPECT_EQ(limits.ok, row.expected.ok);
+    EXPECT_EQ(limits.lower, row.expected.lower);
+    EXPECT_EQ(limits.upper, row.expected.upper);
+    EXPECT_EQ(limits.lowerInclusive, row.expected.lowerInclusive);
+    EXPECT_EQ(limits.upperInclusive, row.expected.upperInclusive);
+  }
+}
+
+TEST(EvaluateLimitExpression, ALoneOperatorTakesTheLastValueUnlessItEndsTheText) {
+  const float kHigh = FLT_MAX;
+  struct Row {
+    const char* expression;
+    Limits expected;
+  } rows[] = {
+      {"=;", {true, 0, 0, true, true}},               // nothing read yet
+      {" =;", {true, -99, -99, true, true}},          // a blank text reads as the missing value
+      {"> 5 ;=;", {true, 5, 5, false, true}},         // the 5 read before
+      {"=", {false, -FLT_MAX, kHigh, false, false}},  // the end counts one more character
+      {"= ", {false, -FLT_MAX, kHigh, false, false}},
+      {"<;", {true, -FLT_MAX, 0, false, false}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.expression);
+    const Limits limits = Evaluate(row.expression);
+    EXPECT_EQ(limits.ok, row.expected.ok);
+    EXPECT_EQ(limits.lower, row.expected.lower);
+    EXPECT_EQ(limits.upper, row.expected.upper);
+    EXPECT_EQ(limits.lowerInclusive, row.expected.lowerInclusive);
+    EXPECT_EQ(limits.upperInclusive, row.expected.upperInclusive);
+  }
+}
+
+TEST(EvaluateLimitExpression, ReadsBothSeparatorsUnderACommaLocale) {
+  Locales::SetDecimalSeparatorClass comma(Locales::eDecimalComma);
+  ASSERT_EQ(Locales::GetDecimalSeparator(), Locales::eDecimalComma);
+  const Limits limits = Evaluate("> 1.5 ; < 2,5");
+  EXPECT_TRUE(limits.ok);
+  EXPECT_EQ(limits.lower, 1.5f);
+  EXPECT_EQ(limits.upper, 2.5f);
 }
 
 // A caller's own variadic front, as the applications write them for their messages.
