@@ -40,6 +40,11 @@ bool EffectiveUserEntry(std::string* loginName, std::string* gecos) {
   }
 }
 
+// The full name is the first comma-separated part: "Ada Lovelace,Room 4,,," => "Ada Lovelace".
+std::string FullNameOfGecos(const std::string& gecos) {
+  return gecos.substr(0, gecos.find(','));
+}
+
 std::string HostName() {
   char name[1025] = {};
   if (gethostname(name, sizeof name - 1) != 0) return std::string();
@@ -47,10 +52,6 @@ std::string HostName() {
 }
 
 }  // namespace
-
-std::string FullNameOfGecos(const std::string& gecos) {
-  return gecos.substr(0, gecos.find(','));
-}
 
 bool GetUserDisplayName(char* buffer, DWORD* size) {
   std::string loginName;

@@ -17,9 +17,6 @@ namespace platform {
 // passwd entry up to its first comma. Fails when that is empty, as on an account without one.
 bool GetUserDisplayName(char* buffer, DWORD* size);
 
-// The full-name part of a GECOS field: "Ada Lovelace,Room 4,,," => "Ada Lovelace"; ",,," => "".
-std::string FullNameOfGecos(const std::string& gecos);
-
 // GetUserNameA: the login name of the effective user.
 bool GetUserLoginName(char* buffer, DWORD* size);
 
