@@ -9,7 +9,9 @@
 #include <memory>
 #include <sstream>
 
-#include "config/number_text.h"
+#include "zenutl/locales.h"
+#include "zenutl/zn_string.h"
+#include "zenutl/zn_string_algorithms.h"
 
 namespace {
 
@@ -71,7 +73,7 @@ int ReadOneBasedArray(const ConfigurationSection& section, const char* key, T* o
   ForEachSemicolonToken(text, [&](const CString& token) {
     if (count > n) return false;
     char* end = nullptr;
-    const double value = zenutl::config::ParseDouble(token, &end);
+    const double value = ZnString::znstrtod(token, &end);
     if (end == nullptr || *end != '\0') return false;
     out[++count] = static_cast<T>(value);
     return true;
@@ -82,7 +84,7 @@ int ReadOneBasedArray(const ConfigurationSection& section, const char* key, T* o
 // The 1-based array writes: "%g" of values[1] to values[n], always with a decimal point.
 template <typename T>
 std::string FormatOneBasedArray(const T* values, unsigned int n) {
-  const std::locale pointLocale = zenutl::config::PointLocale();
+  const std::locale pointLocale = Locales::GetLocale(Locales::eDecimalPoint);
   std::string text = (boost::format("%g", pointLocale) % values[1]).str();
   for (unsigned int i = 2; i <= n; ++i) {
     text += (boost::format(";%g", pointLocale) % values[i]).str();
@@ -148,13 +150,13 @@ bool ConfigurationSection::ReadFloat(const char* key, float& value) const {
   CString text;
   if (!ReadKey(key, text)) return false;
   char* end = nullptr;
-  value = static_cast<float>(zenutl::config::ParseDouble(text, &end));
+  value = static_cast<float>(ZnString::znstrtod(text, &end));
   return end != nullptr && *end == '\0';
 }
 
 bool ConfigurationSection::ReadFloatVector(const char* key, std::vector<float>& values) const {
   return ReadSemicolonVector(*this, key, values, [](const CString& token, float& value) {
-    return zenutl::config::ParseFloat(token, value);
+    return ZnString::ToFloat(token, value);
   });
 }
 
@@ -166,7 +168,7 @@ bool ConfigurationSection::ReadDouble(const char* key, double& value) const {
   CString text;
   if (!ReadKey(key, text)) return false;
   char* end = nullptr;
-  value = zenutl::config::ParseDouble(text, &end);
+  value = ZnString::znstrtod(text, &end);
   return end != nullptr && *end == '\0';
 }
 
@@ -290,7 +292,7 @@ ConfigurationSection* CreateSubSection(const ConfigurationSection* section, cons
   const ConfigurationSection* current = section;
   ConfigurationSection* reached = nullptr;
   do {
-    const CString component = zenutl::config::SplitHead(rest, '/');
+    const CString component = ZnString::SplitString(rest, '/');
     reached = current->CreateSubSection(component);
     if (current != section && current != reached) delete current;
     current = reached;
@@ -303,7 +305,7 @@ bool HasSubSection(const ConfigurationSection* section, const char* path, int in
   if (!cursor) return false;
   CString rest(path);
   while (!rest.IsEmpty()) {
-    const CString component = zenutl::config::SplitHead(rest, '/');
+    const CString component = ZnString::SplitString(rest, '/');
     if (!cursor->ChangeSubSection(component, index)) return false;
   }
   return true;
