@@ -2,91 +2,56 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
+#include "platform/native_path.h"
+#include "support/temp_dir.h"
 #include "zenutl/exception.h"
+#include "zenutl/ini_file_section.h"
 
 namespace {
 
-// Stand-in store until the INI store is available: keys in a map shared by all copies.
-class MapSection : public ConfigurationSection {
+// An INI store that fails with an Exception when one chosen key is read.
+class FailingSection : public IniFileSection {
  public:
-  typedef std::map<std::string, std::string> Keys;
-  explicit MapSection(std::shared_ptr<Keys> keys) : keys_(keys) {}
-  ConfigurationSection* Copy() const override { return new MapSection(keys_); }
-  void ChangeSection(const char*) override {}
-  bool ChangeSubSection(const char*, int) override { return false; }
-  bool ChangeSubSection(const char*) override { return false; }
-  ConfigurationSection* CreateSubSection(const char*, int) const override { return nullptr; }
-  ConfigurationSection* CreateSubSection(const char*) const override { return nullptr; }
-  bool SupportsSubSections() const override { return false; }
-  bool DeleteKey(const char* key) override { return keys_->erase(key) == 1; }
-  bool DeleteSection() override {
-    keys_->clear();
-    return true;
-  }
-  bool Flush() const override { return true; }
-  bool IsEmpty() const override { return keys_->empty(); }
-  bool HasSection(const char*, int) const override { return !keys_->empty(); }
-  bool HasKey(const char* key) const override { return keys_->count(key) == 1; }
-  bool ReadKey(const char*, wchar_t*, unsigned int) const override { return false; }
-  bool ReadKey(const char*, std::wstring&) const override { return false; }
-  bool ReadKey(const char* key, CString& value) const override {
-    Keys::const_iterator found = keys_->find(key);
-    if (found == keys_->end()) return false;
-    value = found->second.c_str();
-    return true;
-  }
-  using ConfigurationSection::ReadKey;
-  bool WriteKey(const char*, const wchar_t*) override { return false; }
-  bool WriteKey(const char* key, const char* value) override {
-    (*keys_)[key] = value;
-    return true;
-  }
-  using ConfigurationSection::WriteKey;
-  bool WriteToSection(ConfigurationSection*) const override { return false; }
-
- private:
-  std::shared_ptr<Keys> keys_;
-};
-
-// A store that fails with an Exception when one chosen key is read.
-class FailingSection : public MapSection {
- public:
-  FailingSection(std::shared_ptr<Keys> keys, std::string failingKey)
-      : MapSection(keys), failingKey_(failingKey) {}
+  FailingSection(const char* file, std::string failingKey)
+      : IniFileSection(file, "AuditTrail"), failingKey_(failingKey) {}
+  using IniFileSection::ReadKey;
   bool ReadKey(const char* key, CString& value) const override {
     if (failingKey_ == key) throw Exception(CString("cannot read ") + key);
-    return MapSection::ReadKey(key, value);
+    return IniFileSection::ReadKey(key, value);
   }
-  using MapSection::ReadKey;
 
  private:
   std::string failingKey_;
 };
 
-// Counts the destruction of sections, to observe what the settings delete.
-class CountedSection : public MapSection {
+// An INI store that counts its destruction, to observe what the settings delete.
+class CountedSection : public IniFileSection {
  public:
-  CountedSection(std::shared_ptr<Keys> keys, int* destroyed)
-      : MapSection(keys), destroyed_(destroyed) {}
+  CountedSection(const char* file, int* destroyed)
+      : IniFileSection(file, "AuditTrail"), destroyed_(destroyed) {}
   ~CountedSection() override { ++*destroyed_; }
 
  private:
   int* destroyed_;
 };
 
-class AuditTrailSettingsTest : public ::testing::Test {
+class AuditTrailSettingsTest : public zenutl_test::TempDirTest {
  protected:
-  ConfigurationSection* NewSection() { return new MapSection(keys_); }
-  void Store(const char* key, const char* text) { (*keys_)[key] = text; }
-  bool IsStored(const char* key) { return keys_->count(key) == 1; }
-  std::string Stored(const char* key) { return IsStored(key) ? (*keys_)[key] : "<missing>"; }
+  ConfigurationSection* NewSection() { return new IniFileSection(ini_.c_str(), "AuditTrail"); }
+  // Writes the file itself, so that loading is tested against text as a person would type it.
+  void StoreFile(const std::string& lines) {
+    zenutl_test::WriteWholeFile(File("app.ini"), "[Other]\nLogEvents=1\n[AuditTrail]\n" + lines);
+  }
+  std::string Stored(const char* key) {
+    CString value("<missing>");
+    IniFileSection(ini_.c_str(), "AuditTrail").ReadKey(key, value);
+    return value.GetString();
+  }
 
-  std::shared_ptr<MapSection::Keys> keys_ = std::make_shared<MapSection::Keys>();
+  const std::string ini_ = zenutl::platform::FromNativePath(File("app.ini"));
 };
 
 void ExpectOptions(const AuditTrailSettings& settings, int level, bool prompt, bool locked,
@@ -134,16 +99,14 @@ TEST(AuditTrailSettings, DerivesOnAndStrictFromTheLevel) {
 }
 
 TEST_F(AuditTrailSettingsTest, LoadsTheFourKeysOnConstruction) {
-  Store("LogEvents", "2");
-  Store("PromptForExtendedUserInfo", "1");
-  Store("LockedUI", "1");
-  Store("ExtendedUserInfo", "Anna Berg, QA");
+  StoreFile(
+      "LogEvents=2\nPromptForExtendedUserInfo=1\nLockedUI=1\nExtendedUserInfo=Anna Berg, QA\n");
   AuditTrailSettings settings(NewSection());
   ExpectOptions(settings, 2, true, true, "Anna Berg, QA");
   EXPECT_TRUE(settings.GetStrictLogEvents());
 }
 
-TEST_F(AuditTrailSettingsTest, ReadsEachKeyByItsOwnTextRules) {
+TEST_F(AuditTrailSettingsTest, ReadsEachKeyByItsOwnTextRulesAndKeepsMissingOnes) {
   struct Row {
     const char* key;
     const char* text;
@@ -164,11 +127,12 @@ TEST_F(AuditTrailSettingsTest, ReadsEachKeyByItsOwnTextRules) {
       {"LockedUI", "0", 1, true, false},
       {"LockedUI", "true", 1, true, false},  // not a number: reads as 0
       {"ExtendedUserInfo", "", 1, true, false},
+      // Missing keys keep their options, except "LockedUI", which then reads as false.
+      {"Unrelated", "x", 1, true, false},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(std::string(row.key) + "=" + row.text);
-    keys_->clear();
-    Store(row.key, row.text);
+    StoreFile(std::string(row.key) + "=" + row.text + "\n");
     AuditTrailSettings settings(nullptr);
     SetOptions(settings, 1, true, true, "before");
     settings.SetConfigurationSection(NewSection());
@@ -180,18 +144,8 @@ TEST_F(AuditTrailSettingsTest, ReadsEachKeyByItsOwnTextRules) {
   }
 }
 
-TEST_F(AuditTrailSettingsTest, MissingKeysKeepTheirOptionsExceptLockedUI) {
-  AuditTrailSettings settings(nullptr);
-  SetOptions(settings, 2, true, true, "kept");
-  settings.SetConfigurationSection(NewSection());
-  ExpectOptions(settings, 2, true, false, "kept");
-}
-
 TEST_F(AuditTrailSettingsTest, StopsLoadingAtAKeyThatThrows) {
-  Store("LogEvents", "2");
-  Store("PromptForExtendedUserInfo", "0");
-  Store("LockedUI", "0");
-  Store("ExtendedUserInfo", "loaded");
+  StoreFile("LogEvents=2\nPromptForExtendedUserInfo=0\nLockedUI=0\nExtendedUserInfo=loaded\n");
   struct Row {
     const char* failingKey;
     int level;
@@ -211,7 +165,7 @@ TEST_F(AuditTrailSettingsTest, StopsLoadingAtAKeyThatThrows) {
     SCOPED_TRACE(row.failingKey);
     AuditTrailSettings settings(nullptr);
     SetOptions(settings, 1, true, true, "before");
-    settings.SetConfigurationSection(new FailingSection(keys_, row.failingKey));
+    settings.SetConfigurationSection(new FailingSection(ini_.c_str(), row.failingKey));
     ExpectOptions(settings, row.level, row.prompt, row.locked, row.info);
   }
 }
@@ -232,8 +186,7 @@ TEST_F(AuditTrailSettingsTest, SavesThreeKeysAndNeverTheExtendedUserInfo) {
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.level);
-    keys_->clear();
-    Store("ExtendedUserInfo", "from the administrator");
+    StoreFile("ExtendedUserInfo=from the administrator\n");
     {
       AuditTrailSettings settings(NewSection());
       SetOptions(settings, row.level, row.prompt, row.locked, "typed by the user");
@@ -253,20 +206,20 @@ TEST_F(AuditTrailSettingsTest, SavesThreeKeysAndNeverTheExtendedUserInfo) {
 TEST_F(AuditTrailSettingsTest, OwnsItsSectionAndDeletesItOnlyWhenReplaced) {
   int destroyed = 0;
   {
-    CountedSection* first = new CountedSection(keys_, &destroyed);
+    CountedSection* first = new CountedSection(ini_.c_str(), &destroyed);
     AuditTrailSettings settings(first);
     EXPECT_EQ(settings.GetConfigurationSection(), first);
     settings.SetConfigurationSection(first);  // the same object: kept
     EXPECT_EQ(destroyed, 0);
-    Store("LogEvents", "2");
+    StoreFile("LogEvents=2\n");
     settings.Load();
     EXPECT_EQ(settings.GetLogLevel(), 2);
 
-    settings.SetConfigurationSection(new CountedSection(keys_, &destroyed));
+    settings.SetConfigurationSection(new CountedSection(ini_.c_str(), &destroyed));
     EXPECT_EQ(destroyed, 1);
     settings.SetConfigurationSection(nullptr);
     EXPECT_EQ(destroyed, 2);
-    settings.SetConfigurationSection(new CountedSection(keys_, &destroyed));
+    settings.SetConfigurationSection(new CountedSection(ini_.c_str(), &destroyed));
   }
   EXPECT_EQ(destroyed, 3);
 }
@@ -276,7 +229,7 @@ TEST_F(AuditTrailSettingsTest, AssignmentCopiesOptionsAndTakesACopyOfTheSection)
   AuditTrailSettings source(NewSection());
   SetOptions(source, 2, true, true, "source info");
 
-  AuditTrailSettings target(new CountedSection(keys_, &destroyed));
+  AuditTrailSettings target(new CountedSection(ini_.c_str(), &destroyed));
   target = source;
   ExpectOptions(target, 2, true, true, "source info");
   EXPECT_EQ(destroyed, 1);
