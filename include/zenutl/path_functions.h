@@ -84,13 +84,16 @@ int FileExist(const char* path);
 
 // True if `path` is a usable folder, asking the user through the host's message box: it tells
 // that a file is in the way, asks whether a missing folder should be made, refuses a last
-// component that begins or ends in white space, and tells when making it failed.
+// component that begins or ends in white space, and tells when making it failed. With no
+// message box handler installed the question gets its default answer, yes, and nothing is shown.
 bool ValidateFolder(const char* path, CWnd* parent);
 
 // Lets the user pick a folder through the host's folder browser, starting at `path` (or at
 // `fallback` if `path` is not a usable folder). `title` null or empty takes the standard text.
 // True if a folder was picked; it is then left in `path` (MAX_PATH characters) in Windows form.
-// False if cancelled or if no browser is installed.
+// False if cancelled or if no browser is installed. While browsing, the host can ask the
+// request's onSelectionChanged for the status line: an optical drive, a read-only folder, an item
+// outside the file system or a removable drive that does not answer disable OK.
 bool BrowseForFolder(char* path, CWnd* parent, const char* fallback, const char* title);
 
 // The identity of a file system item, the shell's form of a path. Free with ZnFreeIDList.
