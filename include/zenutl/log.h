@@ -28,9 +28,9 @@ class FileStream;
 class Log {
  public:
   enum Importance : int { Debug = 0, Information = 1, Warning = 2, Error = 3, Critical = 4 };
-  static const Importance MinImportance = Debug;
-  static const Importance MaxImportance = Critical;
-  static const unsigned int NumImportanceLevels = 5;
+  static constexpr Importance MinImportance = Debug;
+  static constexpr Importance MaxImportance = Critical;
+  static constexpr unsigned int NumImportanceLevels = 5;
 
   // Creates the log, appending to `fileName` if it exists, with level Critical, a limit of
   // 1,048,576 bytes and one backup. False for an empty name, a file that cannot be opened, or

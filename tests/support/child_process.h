@@ -44,7 +44,9 @@ inline void ExpectPassesInChild(const std::function<void()>& body) {
   while (::waitpid(child, &status, 0) == -1 && errno == EINTR) {
   }
   EXPECT_TRUE(WIFEXITED(status)) << "child ended by signal " << WTERMSIG(status);
-  if (WIFEXITED(status)) EXPECT_EQ(WEXITSTATUS(status), 0) << "the child's checks failed";
+  if (WIFEXITED(status)) {
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "the child's checks failed";
+  }
 }
 
 }  // namespace zenutl_test
