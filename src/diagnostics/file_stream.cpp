@@ -5,17 +5,7 @@
 #include <ctime>
 
 #include "platform/log_file_io.h"
-
-// TEMPORARY until the time functions land: local and UTC breakdown of a 64-bit time.
-namespace {
-tm* znlocaltime_r(const long long* t, tm* out) {
-  time_t v = static_cast<time_t>(*t);
-  return localtime_r(&v, out);
-}
-long long znmkgmtime(tm* t) {
-  return static_cast<long long>(timegm(t));
-}
-}  // namespace
+#include "zenutl/time_functions.h"
 
 namespace platform = zenutl::platform;
 
