@@ -15,6 +15,9 @@
 #include <exception>
 #include <functional>
 
+// Present when the program is built with the leak sanitizer; _exit would skip its check.
+extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));
+
 namespace zenutl_test {
 
 // Runs `body` in a child and fails the calling test unless the child ends normally without an
@@ -35,6 +38,9 @@ inline void ExpectPassesInChild(const std::function<void()>& body) {
     } catch (...) {
       std::fprintf(stderr, "child: uncaught exception\n");
       code = 2;
+    }
+    if (code == 0 && __lsan_do_recoverable_leak_check && __lsan_do_recoverable_leak_check() != 0) {
+      code = 3;
     }
     std::fflush(stdout);
     std::fflush(stderr);
