@@ -12,7 +12,13 @@ namespace platform = zenutl::platform;
 const char* const FileStream::kSeparator = "\n------------------------------\n";
 
 FileStream::FileStream()
-    : mMaxSize(0x100000), mBackupCount(0), mNextBackup(-1), mName(), mFile(nullptr) {}
+    : mMaxSize(0x100000),
+      mBackupCount(0),
+      mNextBackup(-1),
+      mName(),
+      mFile(nullptr),
+      mStampSecond(0),
+      mStampOfSecond() {}
 
 FileStream::~FileStream() {
   Close();
@@ -128,5 +134,15 @@ CString FileStream::TimeStamp() {
   long long seconds = 0;
   int milliseconds = 0;
   platform::CurrentTime(&seconds, &milliseconds);
-  return FormatTimeStamp(seconds, milliseconds);
+  if (mStampOfSecond.IsEmpty() || seconds != mStampSecond) {
+    mStampOfSecond = FormatTimeStamp(seconds, 0);
+    mStampSecond = seconds;
+  }
+  // The milliseconds are the three digits after the first '.'; the date holds none.
+  CString stamp = mStampOfSecond;
+  const int at = stamp.Find('.') + 1;
+  char digits[4];
+  std::snprintf(digits, sizeof(digits), "%03d", milliseconds);
+  for (int i = 0; i < 3; ++i) stamp.SetAt(at + i, digits[i]);
+  return stamp;
 }

@@ -51,8 +51,9 @@ class FileStream {
 
   // "[2011-05-31 14:02:07.093+02:00]": local time of the given instant and its offset from UTC.
   static CString FormatTimeStamp(long long seconds, int milliseconds);
-  // The stamp of now.
-  static CString TimeStamp();
+  // The stamp of now. The local time is worked out once for each second: a busy log writes many
+  // records a second, and the time zone lookup costs more than writing the record.
+  CString TimeStamp();
 
  private:
   // Moves the file aside when it is larger than the limit and starts a new one.
@@ -64,6 +65,8 @@ class FileStream {
   int mNextBackup;
   CString mName;
   std::FILE* mFile;
+  long long mStampSecond;
+  CString mStampOfSecond;  // FormatTimeStamp of mStampSecond with 0 milliseconds
 };
 
 #endif  // ZENUTL_DIAGNOSTICS_FILE_STREAM_H_

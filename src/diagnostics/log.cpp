@@ -111,20 +111,25 @@ bool Log::GetBuffer(char* buffer, unsigned int size) {
 void Log::LogMessage(const char* className, const char* functionName, const char* text,
                      Importance importance) {
   if (!mFile->IsOpen()) return;
-  const CString stamp = FileStream::TimeStamp();
-  const char* level = ImportanceToString(importance);
-  const char* body = text ? text : "";
-  CString record;
-  if (className == nullptr && functionName == nullptr) {
-    record.Format("%s [%s]\n%s", stamp.GetString(), level, body);
-  } else if (className == nullptr) {
-    record.Format("%s [%s] [%s()]\n%s", stamp.GetString(), level, functionName, body);
-  } else if (functionName == nullptr) {
-    record.Format("%s [%s] [%s]\n%s", stamp.GetString(), level, className, body);
-  } else {
-    record.Format("%s [%s] [%s::%s()]\n%s", stamp.GetString(), level, className, functionName,
-                  body);
+  // "<stamp> [<level>] [<class>::<function>()]\n<text>", the location shortened to "[<class>]" or
+  // "[<function>()]" or left out as the names are missing. Built piece by piece: this runs for
+  // every message, and a printf format would cost more than the rest of the record.
+  CString record = mFile->TimeStamp();
+  record += " [";
+  record += ImportanceToString(importance);
+  record += "]";
+  if (className != nullptr || functionName != nullptr) {
+    record += " [";
+    record += className;
+    if (className != nullptr && functionName != nullptr) record += "::";
+    if (functionName != nullptr) {
+      record += functionName;
+      record += "()";
+    }
+    record += "]";
   }
+  record += "\n";
+  record += text;
   mFile->WriteMessage(record);
 }
 

@@ -28,16 +28,19 @@ std::FILE* OpenFile(const char* windowsPath, const char* mode) {
 
 bool AppendRecord(std::FILE* file, const char* data, std::size_t size) {
   const int descriptor = fileno(file);
-  const long long sizeBefore = OpenFileSize(file);
   const WriteFunction write = gWrite.load();
   std::size_t done = 0;
   while (done < size) {
     const ssize_t written = write(descriptor, data + done, size - done);
     if (written < 0 && errno == EINTR) continue;
     if (written <= 0) {
-      // Take back the part of the record that made it, so the next record starts clean.
-      if (done > 0 && sizeBefore >= 0) {
-        while (::ftruncate(descriptor, static_cast<off_t>(sizeBefore)) != 0 && errno == EINTR) {
+      // Take back the part of the record that made it, so the next record starts clean. The
+      // file is opened for appending, so that part is the end of the file.
+      const long long sizeNow = done > 0 ? OpenFileSize(file) : -1;
+      if (sizeNow >= static_cast<long long>(done)) {
+        while (::ftruncate(descriptor,
+                           static_cast<off_t>(sizeNow - static_cast<long long>(done))) != 0 &&
+               errno == EINTR) {
         }
       }
       return false;
