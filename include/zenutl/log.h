@@ -59,7 +59,7 @@ class Log {
 
   // Copies the last `size - 1` bytes of the log file (all of it when shorter) into `buffer`,
   // zero-terminated. False when there is no log, the log lost its file, or the file cannot be
-  // read.
+  // read; also, touching nothing, for a null buffer or a size of 0.
   static bool GetBuffer(char* buffer, unsigned int size);
 
   // Index 0..4 <=> Debug..Critical; "Debug", "Information", "Warning", "Error", "Critical".
