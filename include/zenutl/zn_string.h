@@ -12,9 +12,9 @@
 // the caller with array `delete`, and they fail only as `new` does. Nothing else reports.
 //
 // Each text function comes in the byte width (`const char*`, and `CString` through its
-// conversion) and, where the listing shows it, the wide width with the same behaviour. For the
-// opposite direction of the date-time types see the time headers; for longer string algorithms
-// see the string-algorithm header.
+// conversion) and, where the listing shows it, the wide width with the same behaviour. Which
+// separator the locale uses is set up by the library's start-up functions, not here; longer
+// string algorithms have a header of their own.
 #ifndef ZENUTL_ZN_STRING_H_
 #define ZENUTL_ZN_STRING_H_
 

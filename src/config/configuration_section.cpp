@@ -11,16 +11,9 @@
 
 #include "zenutl/locales.h"
 #include "zenutl/zn_string.h"
+#include "zenutl/zn_string_algorithms.h"
 
 namespace {
-
-// Cuts `text` at the first `separator`: returns the head and leaves the tail, or "" if none.
-CString SplitHead(CString& text, char separator) {
-  const int found = text.Find(separator);
-  const CString head = found < 0 ? text : text.Left(found);
-  text = found < 0 ? CString() : text.Mid(found + 1);
-  return head;
-}
 
 // Base-10 integer of a whole text, as the stores have always read it: strtol semantics with the
 // end pointer on the terminator, and the result clamped to the range of int.
@@ -299,7 +292,7 @@ ConfigurationSection* CreateSubSection(const ConfigurationSection* section, cons
   const ConfigurationSection* current = section;
   ConfigurationSection* reached = nullptr;
   do {
-    const CString component = SplitHead(rest, '/');
+    const CString component = ZnString::SplitString(rest, '/');
     reached = current->CreateSubSection(component);
     if (current != section && current != reached) delete current;
     current = reached;
@@ -312,7 +305,7 @@ bool HasSubSection(const ConfigurationSection* section, const char* path, int in
   if (!cursor) return false;
   CString rest(path);
   while (!rest.IsEmpty()) {
-    const CString component = SplitHead(rest, '/');
+    const CString component = ZnString::SplitString(rest, '/');
     if (!cursor->ChangeSubSection(component, index)) return false;
   }
   return true;

@@ -67,8 +67,9 @@ ZnLanguageStringVector::ZnLanguageStringVector(unsigned int first, ...)
   mIdentifiers->push_back(first);
   va_list args;
   va_start(args, first);
-  for (unsigned int id = va_arg(args, unsigned int); id != 0; id = va_arg(args, unsigned int)) {
-    mIdentifiers->push_back(id);
+  // Read as int: the special identifiers are passed as the literals -1 and -2.
+  for (int id = va_arg(args, int); id != 0; id = va_arg(args, int)) {
+    mIdentifiers->push_back(static_cast<unsigned int>(id));
   }
   va_end(args);
   mStrings = new char*[mIdentifiers->size()]();

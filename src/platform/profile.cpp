@@ -200,14 +200,16 @@ class FileWriteLock {
   bool Acquire(const std::string& path, bool create) {
     for (int attempt = 0; attempt < 1000; ++attempt) {
       created_ = false;
+      bool existed = !create;
       fd_ = create ? ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666) : -1;
       if (fd_ >= 0) {
         created_ = true;
       } else if (!create || errno == EEXIST) {
+        existed = true;
         fd_ = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
       }
       if (fd_ < 0) {
-        if (create && errno == ENOENT) continue;  // removed between the two opens
+        if (create && existed && errno == ENOENT) continue;  // removed between the two opens
         return false;
       }
       while (::flock(fd_, LOCK_EX) != 0) {

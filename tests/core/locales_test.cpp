@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <map>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -21,68 +20,40 @@ using Locales::eDecimalComma;
 using Locales::eDecimalPoint;
 using Locales::SetDecimalSeparatorClass;
 
-// Puts back everything a locale test may change: the runtime's locale, the global C++ locale
-// and the locale variables of the environment.
-class ProcessLocaleGuard {
- public:
-  ProcessLocaleGuard() : mRuntime(std::setlocale(LC_ALL, nullptr)) {
-    for (const char* name : {"LC_ALL", "LANG", "LC_NUMERIC"}) {
-      const char* value = std::getenv(name);
-      mEnvironment[name] =
-          value ? std::make_pair(true, std::string(value)) : std::make_pair(false, std::string());
-    }
-  }
+// Puts back what a locale test may change: the runtime's locale, the global C++ locale, LC_ALL.
+struct ProcessLocaleGuard {
   ~ProcessLocaleGuard() {
-    for (const auto& entry : mEnvironment) {
-      if (entry.second.first) {
-        setenv(entry.first.c_str(), entry.second.second.c_str(), 1);
-      } else {
-        unsetenv(entry.first.c_str());
-      }
-    }
-    std::locale::global(mGlobal);
-    std::setlocale(LC_ALL, mRuntime.c_str());
+    lcAll ? setenv("LC_ALL", savedLcAll.c_str(), 1) : unsetenv("LC_ALL");
+    std::locale::global(global);
+    std::setlocale(LC_ALL, runtime.c_str());
   }
-
- private:
-  std::string mRuntime;
-  std::locale mGlobal;
-  std::map<std::string, std::pair<bool, std::string>> mEnvironment;
+  const std::string runtime = std::setlocale(LC_ALL, nullptr);
+  const std::locale global;
+  const char* const lcAll = std::getenv("LC_ALL");
+  const std::string savedLcAll = lcAll ? lcAll : "";
 };
 
-struct SetLocaleCall {
-  int category;
-  std::string name;
-  bool accepted;
-};
-
-std::vector<SetLocaleCall> gCalls;
+// Records the LC_NUMERIC names the library asks the runtime for, and whether they were granted;
+// optionally refuses every comma locale.
+std::vector<std::pair<std::string, bool>> gNumericCalls;
 bool gRefuseCommaLocales = false;
 
 char* RecordingSetLocale(int category, const char* name) {
-  const bool refused = gRefuseCommaLocales && category == LC_NUMERIC && name != nullptr &&
-                       std::strcmp(name, "C") != 0;
+  if (category != LC_NUMERIC) return std::setlocale(category, name);
+  const bool refused = gRefuseCommaLocales && std::strcmp(name, "C") != 0;
   char* result = refused ? nullptr : std::setlocale(category, name);
-  gCalls.push_back({category, name ? name : "<query>", result != nullptr});
+  gNumericCalls.emplace_back(name, result != nullptr);
   return result;
 }
 
-// Watches every call the library makes to the runtime's setlocale while it lives.
-class SetLocaleRecorder {
- public:
+struct SetLocaleRecorder {
   explicit SetLocaleRecorder(bool refuseCommaLocales = false) {
-    gCalls.clear();
+    gNumericCalls.clear();
     gRefuseCommaLocales = refuseCommaLocales;
-    mPrevious = zenutl::platform::ReplaceSetLocale(&RecordingSetLocale);
   }
-  ~SetLocaleRecorder() {
-    zenutl::platform::ReplaceSetLocale(mPrevious);
-    gRefuseCommaLocales = false;
-  }
-  const std::vector<SetLocaleCall>& Calls() const { return gCalls; }
-
- private:
-  zenutl::platform::SetLocaleFunction mPrevious;
+  ~SetLocaleRecorder() { zenutl::platform::ReplaceSetLocale(previous); }
+  const zenutl::platform::SetLocaleFunction previous =
+      zenutl::platform::ReplaceSetLocale(&RecordingSetLocale);
 };
 
 std::string RuntimePrinted(double value) {
@@ -94,46 +65,16 @@ std::string RuntimePrinted(double value) {
 std::string StreamPrinted(const std::locale& locale, double value) {
   std::ostringstream stream;
   stream.imbue(locale);
-  stream << value;
+  stream << value << ' ' << std::boolalpha << true;
   return stream.str();
 }
 
-// Runs the probe program with `environment` prepended to its command line and returns its
-// "key=value" report.
-std::map<std::string, std::string> RunProbe(const std::string& environment,
-                                            const std::string& mode) {
-  const std::string command = environment + " " + ZENUTL_LOCALE_PROBE + " " + mode;
-  std::map<std::string, std::string> report;
-  FILE* pipe = popen(command.c_str(), "r");
-  if (pipe == nullptr) return report;
-  char line[256];
-  while (std::fgets(line, sizeof line, pipe) != nullptr) {
-    std::string text(line);
-    if (!text.empty() && text.back() == '\n') text.pop_back();
-    const std::size_t equals = text.find('=');
-    if (equals != std::string::npos) report[text.substr(0, equals)] = text.substr(equals + 1);
-  }
-  EXPECT_EQ(pclose(pipe), 0) << command;
-  return report;
-}
-
 TEST(CustomDecSep, OverridesOnlyTheDecimalPointOfTheCLocale) {
-  for (char separator : {',', '.', ';'}) {
-    SCOPED_TRACE(separator);
-    const Locales::Detail::CustomDecSep facet(separator, 1);
-    EXPECT_EQ(facet.decimal_point(), separator);
-    EXPECT_EQ(facet.thousands_sep(), ',');
-    EXPECT_EQ(facet.grouping(), "");
-    EXPECT_EQ(facet.truename(), "true");
-    EXPECT_EQ(facet.falsename(), "false");
-  }
-}
-
-TEST(CustomDecSep, RemovesTheGroupingOfAGermanLocale) {
   const std::locale german("de_DE.UTF-8");
-  ASSERT_EQ(StreamPrinted(german, 12345.5), "12.345,5");
-  const std::locale withFacet(german, new Locales::Detail::CustomDecSep(','));
-  EXPECT_EQ(StreamPrinted(withFacet, 12345.5), "12345,5");
+  ASSERT_EQ(StreamPrinted(german, 12345.5), "12.345,5 true");
+  const std::locale withFacet(german, new Locales::Detail::CustomDecSep(';'));
+  EXPECT_EQ(StreamPrinted(withFacet, 12345.5), "12345;5 true");
+  EXPECT_EQ(std::use_facet<std::numpunct<char>>(withFacet).thousands_sep(), ',');
 }
 
 TEST(Locales, ReplaceDecimalSeparatorInFormulaLeavesBracketedTextAlone) {
@@ -142,18 +83,10 @@ TEST(Locales, ReplaceDecimalSeparatorInFormulaLeavesBracketedTextAlone) {
     DecSeparator target;
     const char* expected;
   } rows[] = {
-      {"a.b[c.d].e", eDecimalComma, "a,b[c.d],e"},
-      {"1,5[x,y]", eDecimalPoint, "1.5[x,y]"},
-      {"[[a.b]c.d]", eDecimalComma, "[[a.b]c,d]"},
-      {"max(1,5;2,5)", eDecimalPoint, "max(1.5;2.5)"},
-      {"f(1.5, 2.5)", eDecimalComma, "f(1,5, 2,5)"},
-      {"a.b]c.d", eDecimalComma, "a,b]c,d"},
-      {"[unclosed.name", eDecimalComma, "[unclosed.name"},
-      {"1.5,2", DecSeparator(7), "1.5.2"},
-      {"x + y", eDecimalComma, "x + y"},
-      {"", eDecimalComma, ""},
-      {"", eDecimalPoint, ""},
-  };
+      {"a.b[c.d].e", eDecimalComma, "a,b[c.d],e"}, {"1,5[x,y]", eDecimalPoint, "1.5[x,y]"},
+      {"[[a.b]c.d]", eDecimalComma, "[[a.b]c,d]"}, {"f(1.5, 2)", eDecimalComma, "f(1,5, 2)"},
+      {"a.b]c.d", eDecimalComma, "a,b]c,d"},       {"1.5,2", DecSeparator(7), "1.5.2"},
+      {"x + y", eDecimalComma, "x + y"},           {"", eDecimalComma, ""}};
   for (const Row& row : rows) {
     SCOPED_TRACE(row.formula);
     CString formula(row.formula);
@@ -162,83 +95,35 @@ TEST(Locales, ReplaceDecimalSeparatorInFormulaLeavesBracketedTextAlone) {
   }
 }
 
-TEST(Locales, GetLocaleGivesFixedPointAndCommaLocalesWithoutGrouping) {
-  EXPECT_EQ(StreamPrinted(Locales::GetLocale(eDecimalPoint), 1234.5), "1234.5");
-  EXPECT_EQ(StreamPrinted(Locales::GetLocale(eDecimalComma), 1234.5), "1234,5");
+TEST(Locales, GetLocaleGivesTwoFixedLocalesBuiltOnce) {
+  ProcessLocaleGuard guard;
+  const std::locale comma = Locales::GetLocale(eDecimalComma);
+  EXPECT_EQ(StreamPrinted(Locales::GetLocale(eDecimalPoint), 1234.5), "1234.5 true");
+  EXPECT_EQ(StreamPrinted(comma, 1234.5), "1234,5 true");
   EXPECT_TRUE(Locales::GetLocale(DecSeparator(7)) == Locales::GetLocale(eDecimalPoint));
-  EXPECT_TRUE(Locales::GetLocale(DecSeparator(-1)) == Locales::GetLocale(eDecimalPoint));
-  EXPECT_FALSE(Locales::GetLocale(eDecimalComma) == Locales::GetLocale(eDecimalPoint));
-
-  std::istringstream input("2,75");
-  input.imbue(Locales::GetLocale(eDecimalComma));
-  double read = 0;
-  input >> read;
-  EXPECT_EQ(read, 2.75);
-}
-
-TEST(Locales, GetLocaleIsNotRebuiltWhenTheGlobalLocaleChanges) {
-  ProcessLocaleGuard guard;
-  const std::locale before = Locales::GetLocale(eDecimalComma);
   std::locale::global(std::locale("de_DE.UTF-8"));
-  EXPECT_TRUE(Locales::GetLocale(eDecimalComma) == before);
-  EXPECT_EQ(StreamPrinted(Locales::GetLocale(eDecimalComma), 12345.5), "12345,5");
-}
-
-TEST(Locales, GetDecimalSeparatorAsksTheRuntime) {
-  ProcessLocaleGuard guard;
-  for (const char* name : {"de_DE.UTF-8", "C", "fr_FR.UTF-8", "en_US.UTF-8", "sv_SE.UTF-8"}) {
-    SCOPED_TRACE(name);
-    ASSERT_NE(std::setlocale(LC_NUMERIC, name), nullptr) << "run scripts/setup.sh";
-    const DecSeparator expected =
-        *std::localeconv()->decimal_point == ',' ? eDecimalComma : eDecimalPoint;
-    EXPECT_EQ(Locales::GetDecimalSeparator(), expected);
-  }
-  std::setlocale(LC_NUMERIC, "fr_FR.UTF-8");
-  EXPECT_EQ(Locales::GetDecimalSeparator(), eDecimalComma);
+  EXPECT_TRUE(Locales::GetLocale(eDecimalComma) == comma);
 }
 
 TEST(SetDecimalSeparatorClass, SwitchesOnlyTheNumericLocaleToACommaAndBack) {
   ProcessLocaleGuard guard;
   SetDecimalSeparatorClass point(eDecimalPoint);
   const std::string collate = std::setlocale(LC_COLLATE, nullptr);
-  const std::string ctype = std::setlocale(LC_CTYPE, nullptr);
-  const std::string time = std::setlocale(LC_TIME, nullptr);
-  ASSERT_EQ(RuntimePrinted(1.5), "1.5");
+  SetLocaleRecorder recorder;
   {
     SetDecimalSeparatorClass comma(eDecimalComma);
     EXPECT_EQ(Locales::GetDecimalSeparator(), eDecimalComma);
     EXPECT_EQ(RuntimePrinted(1.5), "1,5");
     EXPECT_EQ(std::strtod("2,25", nullptr), 2.25);
     EXPECT_EQ(std::setlocale(LC_COLLATE, nullptr), collate);
-    EXPECT_EQ(std::setlocale(LC_CTYPE, nullptr), ctype);
-    EXPECT_EQ(std::setlocale(LC_TIME, nullptr), time);
+    // The traditional names first; Linux knows neither, so an installed comma locale serves.
+    ASSERT_GE(gNumericCalls.size(), 3u);
+    EXPECT_EQ(gNumericCalls[0].first, "fra");
+    EXPECT_EQ(gNumericCalls[1].first, "sv_SE");
+    EXPECT_TRUE(gNumericCalls.back().second);
   }
-  EXPECT_EQ(Locales::GetDecimalSeparator(), eDecimalPoint);
   EXPECT_EQ(RuntimePrinted(1.5), "1.5");
-}
-
-TEST(SetDecimalSeparatorClass, AsksForTheTraditionalCommaNamesFirst) {
-  ProcessLocaleGuard guard;
-  SetDecimalSeparatorClass point(eDecimalPoint);
-  SetLocaleRecorder recorder;
-  {
-    SetDecimalSeparatorClass comma(eDecimalComma);
-    const std::vector<SetLocaleCall>& calls = recorder.Calls();
-    ASSERT_GE(calls.size(), 2u);
-    EXPECT_EQ(calls[0].name, "fra");
-    EXPECT_EQ(calls[1].name, "sv_SE");
-    // Linux knows neither short name; the first installed comma locale ends the search.
-    EXPECT_TRUE(calls.back().accepted);
-    for (std::size_t i = 0; i + 1 < calls.size(); ++i) {
-      EXPECT_EQ(calls[i].category, LC_NUMERIC);
-      EXPECT_FALSE(calls[i].accepted) << calls[i].name;
-    }
-    EXPECT_EQ(calls.back().category, LC_NUMERIC);
-    EXPECT_EQ(Locales::GetDecimalSeparator(), eDecimalComma);
-  }
-  ASSERT_FALSE(recorder.Calls().empty());
-  EXPECT_EQ(recorder.Calls().back().category, LC_NUMERIC);
-  EXPECT_EQ(recorder.Calls().back().name, "C");
+  EXPECT_EQ(gNumericCalls.back().first, "C");
 }
 
 TEST(SetDecimalSeparatorClass, MakesNoRuntimeCallForTheSeparatorAlreadyCurrent) {
@@ -247,15 +132,9 @@ TEST(SetDecimalSeparatorClass, MakesNoRuntimeCallForTheSeparatorAlreadyCurrent) 
     SCOPED_TRACE(separator);
     SetDecimalSeparatorClass outer(separator);
     const std::string printed = RuntimePrinted(1.5);
-    {
-      SetLocaleRecorder recorder;
-      {
-        SetDecimalSeparatorClass same(separator);
-        EXPECT_TRUE(recorder.Calls().empty());
-        EXPECT_EQ(RuntimePrinted(1.5), printed);
-      }
-      EXPECT_TRUE(recorder.Calls().empty());
-    }
+    SetLocaleRecorder recorder;
+    { SetDecimalSeparatorClass same(separator); }
+    EXPECT_TRUE(gNumericCalls.empty());
     EXPECT_EQ(RuntimePrinted(1.5), printed);
   }
 }
@@ -266,15 +145,15 @@ TEST(SetDecimalSeparatorClass, NestedScopesRestoreInStackOrder) {
   const DecSeparator before = Locales::GetDecimalSeparator();
   {
     SetDecimalSeparatorClass point(eDecimalPoint);
-    EXPECT_EQ(Locales::GetDecimalSeparator(), eDecimalPoint);
     {
       SetDecimalSeparatorClass comma(eDecimalComma);
-      EXPECT_EQ(Locales::GetDecimalSeparator(), eDecimalComma);
-      {
-        SetDecimalSeparatorClass innerPoint(eDecimalPoint);
-        EXPECT_EQ(RuntimePrinted(0.5), "0.5");
-      }
+      { SetDecimalSeparatorClass innerPoint(eDecimalPoint); }
       EXPECT_EQ(RuntimePrinted(0.5), "0,5");
+      {
+        SetDecimalSeparatorClass assigned(eDecimalComma);  // would restore the comma...
+        assigned = point;                                  // ...now restores the point
+      }
+      EXPECT_EQ(RuntimePrinted(0.5), "0.5");
     }
     EXPECT_EQ(Locales::GetDecimalSeparator(), eDecimalPoint);
   }
@@ -287,49 +166,30 @@ TEST(SetDecimalSeparatorClass, RecordsTheCommaEvenWhenNoCommaLocaleExists) {
   SetLocaleRecorder recorder(/*refuseCommaLocales=*/true);
   {
     SetDecimalSeparatorClass comma(eDecimalComma);
-    EXPECT_EQ(recorder.Calls().size(), 5u);  // every comma name was asked for, in vain
+    EXPECT_EQ(gNumericCalls.size(), 5u);  // every comma name was asked for, in vain
     EXPECT_EQ(Locales::GetDecimalSeparator(), eDecimalPoint);
-    EXPECT_EQ(RuntimePrinted(1.5), "1.5");
-    // The library believes in the comma, so a second comma scope asks nothing.
-    gCalls.clear();
-    { SetDecimalSeparatorClass again(eDecimalComma); }
-    EXPECT_TRUE(recorder.Calls().empty());
+    gNumericCalls.clear();
+    { SetDecimalSeparatorClass again(eDecimalComma); }  // the library believes in the comma
+    EXPECT_TRUE(gNumericCalls.empty());
   }
-  ASSERT_EQ(recorder.Calls().size(), 1u);
-  EXPECT_EQ(recorder.Calls()[0].name, "C");
+  ASSERT_EQ(gNumericCalls.size(), 1u);
+  EXPECT_EQ(gNumericCalls[0].first, "C");
 }
 
-TEST(SetDecimalSeparatorClass, AssignmentCopiesTheSeparatorToRestore) {
-  ProcessLocaleGuard guard;
-  SetDecimalSeparatorClass point(eDecimalPoint);
-  {
-    SetDecimalSeparatorClass comma(eDecimalComma);
-    {
-      SetDecimalSeparatorClass assigned(eDecimalComma);  // would restore the comma
-      assigned = comma;                                  // now restores the point
-    }
-    EXPECT_EQ(Locales::GetDecimalSeparator(), eDecimalPoint);
-  }
-  EXPECT_EQ(Locales::GetDecimalSeparator(), eDecimalPoint);
-}
-
-TEST(SetDecimalSeparatorClass, FirstSwitchTakesTheUsersCommaFromTheEnvironment) {
-  // A German user: the first switch resets the runtime to de_DE, which already has the comma.
-  std::map<std::string, std::string> comma = RunProbe("LC_ALL=de_DE.UTF-8", "comma-scope");
-  EXPECT_EQ(comma["before"], "0");  // a process starts in the "C" locale
-  EXPECT_EQ(comma["inside"], "1,5");
-  EXPECT_EQ(comma["inside_calls"], "0");
-  EXPECT_EQ(comma["after"], "1,5");
-  EXPECT_EQ(comma["total_calls"], "0");
-
-  std::map<std::string, std::string> point = RunProbe("LC_ALL=de_DE.UTF-8", "point-scope");
-  EXPECT_EQ(point["inside"], "1.5");
-  EXPECT_EQ(point["inside_calls"], "1");
-  EXPECT_EQ(point["after"], "1,5");  // switched back to a comma locale
-
-  std::map<std::string, std::string> english = RunProbe("LC_ALL=en_US.UTF-8", "point-scope");
-  EXPECT_EQ(english["inside"], "1.5");
-  EXPECT_EQ(english["total_calls"], "0");
+TEST(SetDecimalSeparatorClass, FirstSwitchOfAProcessTakesTheUsersLocale) {
+  // Runs in a fresh process, so that this is the first switch.
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        setenv("LC_ALL", "de_DE.UTF-8", 1);
+        const std::string atStart = RuntimePrinted(1.5);
+        SetLocaleRecorder recorder;
+        SetDecimalSeparatorClass comma(eDecimalComma);  // de_DE has the comma already
+        std::fprintf(stderr, "start=%s inside=%s calls=%zu\n", atStart.c_str(),
+                     RuntimePrinted(1.5).c_str(), gNumericCalls.size());
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "start=1.5 inside=1,5 calls=0");
 }
 
 TEST(Locales, InitLibrariesKeepsTheUsersCommaButDropsDigitGrouping) {
@@ -337,40 +197,15 @@ TEST(Locales, InitLibrariesKeepsTheUsersCommaButDropsDigitGrouping) {
   setenv("LC_ALL", "de_DE.UTF-8", 1);
   Locales::InitLibraries();
   std::ostringstream stream;
-  stream << 1234.5 << ' ' << 1234567 << ' ' << std::boolalpha << true << ' ' << false;
-  EXPECT_EQ(stream.str(), "1234,5 1234567 true false");
-  // The runtime keeps the user's locale whole.
-  EXPECT_EQ(RuntimePrinted(1234.5), "1234,5");
+  stream << 1234.5 << ' ' << 1234567 << ' ' << std::boolalpha << true;
+  EXPECT_EQ(stream.str(), "1234,5 1234567 true");
+  EXPECT_EQ(RuntimePrinted(1234.5), "1234,5");  // the runtime has the user's locale whole
   EXPECT_EQ(Locales::GetDecimalSeparator(), eDecimalComma);
-  EXPECT_STREQ(std::setlocale(LC_COLLATE, nullptr), "de_DE.UTF-8");
-  // Everything but the numbers follows the user's locale: German collation puts "\u00e4"
-  // before "b", where the bytes of the "C" locale put it after "z".
+  // Collation follows the user: German puts a-umlaut before "b", the "C" bytes after "z".
   const std::string aUmlaut = "\xc3\xa4", b = "b";
-  EXPECT_LT(
-      std::use_facet<std::collate<char>>(std::locale())
-          .compare(aUmlaut.data(), aUmlaut.data() + aUmlaut.size(), b.data(), b.data() + b.size()),
-      0);
-}
-
-TEST(Locales, InitLibrariesInAFreshProcess) {
-  const struct {
-    const char* environment;
-    const char* stream;
-    const char* printf;
-    const char* separator;
-  } rows[] = {
-      {"LC_ALL=de_DE.UTF-8", "1234,5 true", "1234,5", "1"},
-      {"LC_ALL=sv_SE.UTF-8", "1234,5 true", "1234,5", "1"},
-      {"LC_ALL=en_US.UTF-8", "1234.5 true", "1234.5", "0"},
-      {"LC_ALL=C", "1234.5 true", "1234.5", "0"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.environment);
-    std::map<std::string, std::string> report = RunProbe(row.environment, "init");
-    EXPECT_EQ(report["stream"], row.stream);
-    EXPECT_EQ(report["printf"], row.printf);
-    EXPECT_EQ(report["separator"], row.separator);
-  }
+  EXPECT_LT(std::use_facet<std::collate<char>>(std::locale())
+                .compare(aUmlaut.data(), aUmlaut.data() + 2, b.data(), b.data() + 1),
+            0);
 }
 
 TEST(Locales, InitLibrariesRefusesAnUnknownLocaleName) {
@@ -378,7 +213,7 @@ TEST(Locales, InitLibrariesRefusesAnUnknownLocaleName) {
   setenv("LC_ALL", "xx_NOWHERE.UTF-8", 1);
   try {
     Locales::InitLibraries();
-    ADD_FAILURE() << "expected std::runtime_error";
+    ADD_FAILURE() << "no exception";
   } catch (const std::runtime_error& e) {
     EXPECT_STREQ(e.what(), "bad locale name");
   }

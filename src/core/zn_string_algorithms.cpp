@@ -1,0 +1,306 @@
+#include "zenutl/zn_string_algorithms.h"
+
+#include <algorithm>
+#include <cctype>
+#include <map>
+
+namespace ZnString {
+namespace {
+
+const char* OrEmpty(const char* text) {
+  return text ? text : "";
+}
+const wchar_t* OrEmpty(const wchar_t* text) {
+  return text ? text : L"";
+}
+
+// ---- Wildcards ----
+
+struct PatternToken {
+  enum Kind { kEnd, kLiteral, kAnyOne, kAnyRun };
+  Kind kind;
+  char literal;
+  const char* next;  // the pattern after this token
+};
+
+bool IsEscapable(char ch) {
+  return ch == '?' || ch == '*';
+}
+
+PatternToken ReadToken(const char* pattern) {
+  switch (*pattern) {
+    case '\0':
+      return {PatternToken::kEnd, '\0', pattern};
+    case '*':
+      return {PatternToken::kAnyRun, '\0', pattern + 1};
+    case '?':
+      return {PatternToken::kAnyOne, '\0', pattern + 1};
+    case '\\':
+      if (IsEscapable(pattern[1])) return {PatternToken::kLiteral, pattern[1], pattern + 2};
+      return {PatternToken::kLiteral, '\\', pattern + 1};
+    default:
+      return {PatternToken::kLiteral, *pattern, pattern + 1};
+  }
+}
+
+bool SameCharacter(char a, char b, bool caseSensitive) {
+  if (caseSensitive) return a == b;
+  return std::toupper(static_cast<unsigned char>(a)) == std::toupper(static_cast<unsigned char>(b));
+}
+
+bool MatchFrom(const char* pattern, const char* text, bool caseSensitive) {
+  for (;;) {
+    PatternToken token = ReadToken(pattern);
+    switch (token.kind) {
+      case PatternToken::kEnd:
+        return *text == '\0';
+      case PatternToken::kAnyOne:
+        if (*text == '\0') return false;
+        ++text;
+        pattern = token.next;
+        continue;
+      case PatternToken::kLiteral:
+        if (*text == '\0' || !SameCharacter(token.literal, *text, caseSensitive)) return false;
+        ++text;
+        pattern = token.next;
+        continue;
+      case PatternToken::kAnyRun:
+        break;
+    }
+    // After a `*`: swallow further stars, let each `?` take one character now, and anchor on
+    // the first literal.
+    for (;;) {
+      token = ReadToken(token.next);
+      if (token.kind == PatternToken::kAnyRun) continue;
+      if (token.kind == PatternToken::kEnd) return true;
+      if (token.kind == PatternToken::kLiteral) break;
+      if (*text == '\0') return false;
+      ++text;
+    }
+    // The rest of the pattern is handed on without an escaping backslash that directly
+    // follows the anchor, so that one `\?` or `\*` acts as a wildcard. Callers rely on it.
+    const char* rest = token.next;
+    if (rest[0] == '\\' && IsEscapable(rest[1])) ++rest;
+    for (; *text != '\0'; ++text) {
+      if (SameCharacter(token.literal, *text, caseSensitive) &&
+          MatchFrom(rest, text + 1, caseSensitive)) {
+        return true;
+      }
+    }
+    return false;
+  }
+}
+
+// ---- Natural order ----
+
+template <typename CharT>
+bool IsAsciiDigit(CharT ch) {
+  return ch >= '0' && ch <= '9';
+}
+
+// Characters compared as text become signed values, as the runtime's char is signed here.
+struct Identity {
+  int operator()(char ch) const { return static_cast<signed char>(ch); }
+  int operator()(wchar_t ch) const { return static_cast<int>(ch); }
+};
+struct LowerCase {
+  int operator()(char ch) const {
+    return static_cast<signed char>(std::tolower(static_cast<unsigned char>(ch)));
+  }
+};
+
+template <typename CharT>
+int CountDigits(const CharT* p) {
+  int count = 0;
+  while (IsAsciiDigit(*p++)) ++count;
+  return count;
+}
+
+template <typename CharT, typename Transform>
+int NaturalCompare(const CharT* a, const CharT* b, Transform transform) {
+  if (*a == 0) return *b == 0 ? 0 : -1;
+  while (*b != 0) {
+    if (!IsAsciiDigit(*a) || !IsAsciiDigit(*b)) {
+      const int ca = transform(*a);
+      const int cb = transform(*b);
+      if (ca != cb) return ca < cb ? -1 : 1;
+      ++a;
+      ++b;
+    } else {
+      int zerosA = 0;
+      int zerosB = 0;
+      while (*a == '0') ++a, ++zerosA;
+      while (*b == '0') ++b, ++zerosB;
+      while (IsAsciiDigit(*a) && *a == *b) ++a, ++b;
+      const bool moreA = IsAsciiDigit(*a);
+      const bool moreB = IsAsciiDigit(*b);
+      if (moreA && !moreB) return 1;
+      if (moreB && !moreA) return -1;
+      if (!moreA) {
+        // Equal values: the one written with more leading zeros is the greater.
+        if (zerosA != zerosB) return zerosA > zerosB ? 1 : -1;
+      } else {
+        // The first differing digit decides between runs of equal length.
+        const int firstDifference = *a < *b ? -1 : 1;
+        const int lengthA = CountDigits(a);
+        const int lengthB = CountDigits(b);
+        if (lengthA != lengthB) return lengthA > lengthB ? 1 : -1;
+        return firstDifference;
+      }
+    }
+    if (*a == 0) return *b == 0 ? 0 : -1;
+  }
+  return *a != 0 ? 1 : 0;
+}
+
+}  // namespace
+
+bool WildCardCompare(const char* pattern, const char* text, bool caseSensitive) {
+  return MatchFrom(OrEmpty(pattern), OrEmpty(text), caseSensitive);
+}
+
+int znstrnumbercmp(const char* a, const char* b) {
+  return NaturalCompare(OrEmpty(a), OrEmpty(b), Identity());
+}
+
+int znstrnumbercmp(const wchar_t* a, const wchar_t* b) {
+  return NaturalCompare(OrEmpty(a), OrEmpty(b), Identity());
+}
+
+int znstrnumbericmp(const char* a, const char* b) {
+  return NaturalCompare(OrEmpty(a), OrEmpty(b), LowerCase());
+}
+
+int SeparateList(const char* text, char separator, int maxLength, int count, ...) {
+  if (count <= 0) return 0;
+  const char* p = OrEmpty(text);
+  const int limit = maxLength > 0 ? maxLength : 0;
+  int filled = 0;
+  va_list buffers;
+  va_start(buffers, count);
+  for (int i = 0; i < count; ++i) {
+    char* buffer = va_arg(buffers, char*);
+    int length = 0;
+    while (*p != '\0' && *p != separator && length < limit) {
+      if (buffer) buffer[length] = *p;
+      ++length;
+      ++p;
+    }
+    while (*p != '\0' && *p == separator) ++p;
+    if (buffer) buffer[length] = '\0';
+    if (length > 0) ++filled;
+  }
+  va_end(buffers);
+  return filled;
+}
+
+CString FormatStringVector(const std::vector<CString>& items, const char* separator,
+                           const char* lastSeparator, int maxItems, const char* moreFormat) {
+  const char* between = separator ? separator : ", ";
+  const char* beforeLast = lastSeparator ? lastSeparator : " and ";
+  const int n = static_cast<int>(items.size());
+  const int m = maxItems < 0 ? n : maxItems;
+  CString result;
+  if (n == 0) return result;
+  const int joined = std::min(n - 2, m - 1);
+  for (int i = 0; i < joined; ++i) {
+    result += items[static_cast<std::size_t>(i)];
+    result += between;
+  }
+  if (n >= 2 && n <= m) {
+    result += items[static_cast<std::size_t>(n - 2)];
+    result += beforeLast;
+  }
+  const int last = std::min(m - 1, n - 1);
+  if (last >= 0) result += items[static_cast<std::size_t>(last)];
+  if (m < n) {
+    if (moreFormat == nullptr) {
+      result += between;
+      result += "...";
+    } else {
+      result.AppendFormat(moreFormat, n - m);
+    }
+  }
+  return result;
+}
+
+std::vector<CString> FormatStringToVector(const CString& text, const char* separator,
+                                          const char* lastSeparator) {
+  const CString between = separator ? separator : ", ";
+  const CString beforeLast = lastSeparator ? lastSeparator : " and ";
+  std::vector<CString> pieces;
+  int start = 0;
+  if (!between.IsEmpty()) {
+    for (int found; (found = text.Find(between, start)) != -1;
+         start = found + between.GetLength()) {
+      pieces.push_back(text.Mid(start, found - start));
+    }
+  }
+  const CString rest = text.Mid(start);
+  if (!rest.IsEmpty()) pieces.push_back(rest);
+  if (beforeLast.CompareNoCase(between) != 0) pieces.push_back(rest);
+  return pieces;
+}
+
+std::vector<int> GetIndexVectorToSort(const std::vector<CString>* wanted,
+                                      const std::vector<CString>* present) {
+  std::vector<int> order;
+  if (wanted == nullptr || present == nullptr) return order;
+  std::map<CString, int> indexOf;
+  for (std::size_t i = 0; i < present->size(); ++i) {
+    indexOf[(*present)[i]] = static_cast<int>(i);
+  }
+  for (const CString& name : *wanted) {
+    const auto found = indexOf.find(name);
+    if (found != indexOf.end()) order.push_back(found->second + 1);
+  }
+  return order;
+}
+
+void RearrangeColumns(std::vector<std::vector<CString>>& rows, const std::vector<int>* order) {
+  if (order == nullptr) return;
+  const std::vector<std::vector<CString>> original = rows;
+  for (std::size_t r = 0; r < rows.size(); ++r) {
+    const std::vector<CString>& before = original[r];
+    std::vector<CString>& row = rows[r];
+    row.clear();
+    row.resize(order->size());
+    for (std::size_t i = 0; i < order->size(); ++i) {
+      const int column = (*order)[i] - 1;
+      if (column >= 0 && static_cast<std::size_t>(column) < before.size()) {
+        row[i] = before[static_cast<std::size_t>(column)];
+      }
+    }
+  }
+}
+
+CString Replace(CString text, const char* from, const char* to) {
+  text.Replace(from, to);
+  return text;
+}
+
+CString SplitString(CString& text, char separator) {
+  const int found = text.Find(separator);
+  if (found == -1) {
+    CString head = text;
+    text.Empty();
+    return head;
+  }
+  CString head = text.Left(found);
+  text = text.Mid(found + 1);
+  return head;
+}
+
+CString SplitString(CString& text, const char* separators) {
+  const int found = text.FindOneOf(separators);
+  if (found == -1) {
+    CString head = text;
+    text.Empty();
+    return head;
+  }
+  CString head = text.Left(found);
+  text = text.Mid(found + 1);
+  return head;
+}
+
+}  // namespace ZnString

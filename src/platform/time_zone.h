@@ -1,0 +1,40 @@
+// The process's time zone, as the Windows time-zone calls present it.
+//
+// Windows describes a zone by one record of current rules and says whether daylight saving is
+// in use; the C library answers per instant from the tz database. These functions give the
+// Windows answers from the tz database: TZ if set, else /etc/localtime, re-read (tzset) on each
+// call, as Windows reads the current setting on each call.
+#ifndef ZENUTL_PLATFORM_TIME_ZONE_H_
+#define ZENUTL_PLATFORM_TIME_ZONE_H_
+
+#include "zenutl/platform_types.h"
+
+namespace zenutl {
+namespace platform {
+
+// The answers of GetTimeZoneInformation.
+constexpr DWORD kTimeZoneIdUnknown = 0;  // the zone does not use daylight saving
+constexpr DWORD kTimeZoneIdStandard = 1;
+constexpr DWORD kTimeZoneIdDaylight = 2;
+constexpr DWORD kTimeZoneIdInvalid = 0xFFFFFFFF;
+
+// GetTimeZoneInformation: whether the zone uses daylight saving (some moment of the year from
+// now is daylight time) and, if so, whether now is standard or daylight time. Invalid only if
+// the clock's time can't be broken down.
+DWORD CurrentTimeZoneId();
+
+// SystemTimeToTzSpecificLocalTime for the current zone: the wall-clock time of a UTC time,
+// milliseconds kept. Unlike Windows, the offset is the one the tz database has for that
+// instant, so historical dates get their historical offsets.
+bool UtcToZoneLocalTime(const SYSTEMTIME& utc, SYSTEMTIME* local);
+
+// TzSpecificLocalTimeToSystemTime for the current zone. With `withDaylightRules` the wall-clock
+// time is read under the zone's rules, a repeated hour as daylight time; without, under the
+// zone's standard offset of that date alone, as Windows does for a zone record whose transition
+// dates are cleared.
+bool ZoneLocalTimeToUtc(const SYSTEMTIME& local, bool withDaylightRules, SYSTEMTIME* utc);
+
+}  // namespace platform
+}  // namespace zenutl
+
+#endif  // ZENUTL_PLATFORM_TIME_ZONE_H_

@@ -1,0 +1,246 @@
+#include "zenutl/zn_string_algorithms.h"
+
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <string>
+#include <vector>
+
+namespace {
+
+typedef std::vector<CString> Texts;
+
+TEST(WildCardCompare, MatchesTheWholeTextByTokens) {
+  struct Row {
+    const char* pattern;
+    const char* text;
+    bool caseSensitive;
+    bool matches;
+  };
+  // The last five rows: directly after the anchor of a star an escape is lost, as callers
+  // expect, and only there.
+  const Row rows[] = {{"*", "", true, true},
+                      {"?", "", true, false},
+                      {"a*", "A", false, true},
+                      {"a*", "A", true, false},
+                      {"*.txt", "a.txt.bak", true, false},
+                      {"*a", "bab", true, false},
+                      {"*ab", "aab", true, true},
+                      {"a*b*c", "aXbYbZc", true, true},
+                      {"*??x", "ax", true, false},
+                      {"a\\*b", "a*b", true, true},
+                      {"a\\*b", "axb", true, false},
+                      {"x*\\?", "xab?", true, true},
+                      {"x*\\?", "xabc", true, false},
+                      {"a\\b", "a\\b", true, true},
+                      {"a*b\\?c", "axbyc", true, true},
+                      {"a*b\\?c", "axbc", true, false},
+                      {"*b\\*", "abz", true, true},
+                      {"a\\?b*c", "axbc", true, false},
+                      {"a*bc\\?", "axbcz", true, false}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(std::string(row.pattern) + " ~ " + row.text);
+    EXPECT_EQ(ZnString::WildCardCompare(row.pattern, row.text, row.caseSensitive), row.matches);
+  }
+}
+
+TEST(ZnStrNumberCmp, OrdersNumbersByValueAndThenByLeadingZeros) {
+  struct Row {
+    const char* a;
+    const char* b;
+    int expected;
+  } rows[] = {{"file2", "file10", -1},
+              {"a01", "a1", 1},
+              {"0", "00", -1},
+              {"a", "a1", -1},
+              {"", "a", -1},
+              {"", "", 0},
+              {"a10b02", "a10b02", 0},
+              {"x007y", "x7z", 1},
+              {"a129", "a13", 1},
+              {"a123", "a124", -1},
+              {"0a", "a", -1},
+              {"abc", "ABC", 1},
+              {"99999999999999999999", "100000000000000000001", -1}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(std::string(row.a) + " vs " + row.b);
+    EXPECT_EQ(ZnString::znstrnumbercmp(row.a, row.b), row.expected);
+    EXPECT_EQ(ZnString::znstrnumbercmp(row.b, row.a), -row.expected);
+    const CStringW wideA{CString(row.a)}, wideB{CString(row.b)};
+    EXPECT_EQ(ZnString::znstrnumbercmp(wideA, wideB), row.expected);
+  }
+  EXPECT_EQ(ZnString::znstrnumbercmp("\xc3\xa9", "e"), -1);  // bytes above 127 are negative
+  // ARABIC-INDIC digits are no digits in the wide form: compared by code point.
+  EXPECT_EQ(ZnString::znstrnumbercmp(L"n\u0662", L"n\u0661\u0660"), 1);
+  EXPECT_EQ(ZnString::znstrnumbericmp("ABC1", "abc2"), -1);
+  EXPECT_EQ(ZnString::znstrnumbericmp("File10", "file9"), 1);
+  EXPECT_EQ(ZnString::znstrnumbericmp("[", "a"), -1);  // '[' lies between 'Z' and 'a'
+  EXPECT_EQ(ZnString::znstrnumbercmp("[", "A"), 1);
+}
+
+TEST(SeparateList, FillsBuffersAndCountsTheNonEmptyOnes) {
+  struct Row {
+    const char* text;
+    int maxLength;
+    int count;
+    std::vector<std::string> buffers;  // three buffers; "-" is one left untouched
+    int filled;
+  } rows[] = {{"a,,b", 10, 2, {"a", "b", "-"}, 2},   {",a", 10, 2, {"", "a", "-"}, 1},
+              {"abcde", 2, 3, {"ab", "cd", "e"}, 3}, {"abc,d", 2, 3, {"ab", "c", "d"}, 3},
+              {"a", 10, 3, {"a", "", ""}, 1},        {"a,b", 10, 0, {"-", "-", "-"}, 0}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.text);
+    char x[16] = "-", y[16] = "-", z[16] = "-";
+    EXPECT_EQ(ZnString::SeparateList(row.text, ',', row.maxLength, row.count, x, y, z), row.filled);
+    EXPECT_EQ(std::vector<std::string>({x, y, z}), row.buffers);
+  }
+}
+
+TEST(EvaluateLimitExpression, ReadsBoundsThatTightenAndKeepsTheLoneOperatorQuirk) {
+  const float kLow = -FLT_MAX, kHigh = FLT_MAX;
+  struct Row {
+    const char* expression;
+    bool ok;
+    float lower, upper;
+    bool lowerInclusive, upperInclusive;
+  };
+  // A failure keeps what was set before it ("> 5 ; y <"). An operator with no number takes the
+  // last value: 0 at first, -99 after a blank text ("=;", " =;"); at the very end it fails.
+  const Row rows[] = {{"> 5 ; <= 10", true, 5, 10, false, true},
+                      {"= 3", true, 3, 3, true, true},
+                      {"5 <", true, 5, kHigh, false, false},
+                      {"5 < : 10 >", true, 5, 10, false, false},
+                      {"> 5 ; > 3", true, 5, kHigh, false, false},
+                      {"> 3 ; >= 5", true, 5, kHigh, true, false},
+                      {"7 =>", true, kLow, 7, false, true},
+                      {"< = 4", true, kLow, 4, false, true},
+                      {"< 2,5", true, kLow, 2.5f, false, false},
+                      {"junk ; > 5", true, 5, kHigh, false, false},
+                      {"", false, kLow, kHigh, false, false},
+                      {"x > 5", false, kLow, kHigh, false, false},
+                      {"5 < 6", false, kLow, kHigh, false, false},
+                      {"<>", false, kLow, kHigh, false, false},
+                      {"1 < x < 2", false, kLow, kHigh, false, false},
+                      {"> 5 ; y <", false, 5, kHigh, false, false},
+                      {"=;", true, 0, 0, true, true},
+                      {" =;", true, -99, -99, true, true},
+                      {"> 5 ;=;", true, 5, 5, false, true},
+                      {"=", false, kLow, kHigh, false, false}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.expression);
+    float lower = 1, upper = 2;
+    bool lowerInclusive = true, upperInclusive = true;
+    EXPECT_EQ(ZnString::EvaluateLimitExpression(row.expression, lower, upper, lowerInclusive,
+                                                upperInclusive),
+              row.ok);
+    EXPECT_EQ(lower, row.lower);
+    EXPECT_EQ(upper, row.upper);
+    EXPECT_EQ(lowerInclusive, row.lowerInclusive);
+    EXPECT_EQ(upperInclusive, row.upperInclusive);
+  }
+}
+
+// A caller's own variadic front, as the applications write them for their messages.
+int Message(char* out, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const int length = ZnString::vlsprintf(out, format, arguments);
+  va_end(arguments);
+  return length;
+}
+
+TEST(Lsprintf, PrintsArgumentsByTheirPositions) {
+  char out[128];
+  EXPECT_EQ(ZnString::lsprintf(out, "%d1%%%", 5), 2);
+  EXPECT_STREQ(out, "5%");
+  EXPECT_EQ(ZnString::lsprintf(out, "%s2% is %d1%", 42, "x"), 7);
+  EXPECT_STREQ(out, "x is 42");
+  ZnString::lsprintf(out, "%-5s1%|%05.1f2%|%x3%|%c4%|%+i5%|%.3E6%", "ab", 3.14159, 255, 'z', 7,
+                     2.5);
+  EXPECT_STREQ(out, "ab   |003.1|ff|z|+7|2.500E+00");
+  ZnString::lsprintf(out, "%I64d2% %d1% %ld3% %hd4%", 7, -(1LL << 40), 1234567890123L, 65537);
+  EXPECT_STREQ(out, "-1099511627776 7 1234567890123 1");
+  ZnString::lsprintf(out, "%S1% %s2% %C3%", L"wide", "narrow", L'w');
+  EXPECT_STREQ(out, "wide narrow w");
+  ZnString::lsprintf(out, "%d1% and %d3%, %d5% %d4% %d5%", 1, 2, 3, 4, 5);  // gaps unseen
+  EXPECT_STREQ(out, "1 and 2, 4 3 5");
+  EXPECT_EQ(Message(out, "%s3%: %d1% of %.1f2%", 3, 7.5, "done"), 14);
+  EXPECT_STREQ(out, "done: 3 of 7.5");
+}
+
+TEST(Lsprintf, RefusesMalformedConversionsWithAnEmptyOutput) {
+  for (const char* format : {"%d", "x %d1 y", "%y1%", "%I32d1%", "%n1%", "abc%", "%lld1%"}) {
+    SCOPED_TRACE(format);
+    char out[64] = "previous";
+    EXPECT_EQ(ZnString::lsprintf(out, format, 5, 6), 0);
+    EXPECT_STREQ(out, "");
+  }
+}
+
+TEST(FormatStringVector, JoinsForASentence) {
+  const Texts five = {"a", "b", "c", "d", "e"};
+  struct Row {
+    int items, maxItems;
+    const char* moreFormat;
+    const char* expected;
+  } rows[] = {{0, -1, nullptr, ""},
+              {1, -1, nullptr, "a"},
+              {2, -1, nullptr, "a and b"},
+              {3, 3, nullptr, "a, b and c"},
+              {5, 3, nullptr, "a, b, c, ..."},
+              {5, 3, " (+%d)", "a, b, c (+2)"}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.expected);
+    const Texts items(five.begin(), five.begin() + row.items);
+    EXPECT_STREQ(
+        ZnString::FormatStringVector(items, nullptr, nullptr, row.maxItems, row.moreFormat),
+        row.expected);
+  }
+  EXPECT_STREQ(ZnString::FormatStringVector(five, "; ", " or ", -1, nullptr), "a; b; c; d or e");
+}
+
+TEST(FormatStringToVector, CutsAtSeparatorsAndRepeatsTheTailWhenTheLastSeparatorDiffers) {
+  struct Row {
+    const char* text;
+    const char* separator;
+    const char* lastSeparator;
+    Texts expected;
+  } rows[] = {{"a, b and c", nullptr, nullptr, {"a", "b and c", "b and c"}},
+              {"", nullptr, nullptr, {""}},
+              {"", ", ", ", ", {}},
+              {"a, b, ", nullptr, nullptr, {"a", "b", ""}},
+              {"a, b, ", ", ", ", ", {"a", "b"}},
+              {"x AND y", " and ", " AND ", {"x AND y"}}};  // equal but for case
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.text);
+    EXPECT_EQ(ZnString::FormatStringToVector(row.text, row.separator, row.lastSeparator),
+              row.expected);
+  }
+}
+
+TEST(RearrangeColumns, PutsATableIntoTheOrderOfAWantedHeader) {
+  std::vector<Texts> table = {{"id", "name", "id", "size"}, {"7", "x.txt", "8", "12"}};
+  const Texts wanted = {"size", "missing", "id", "name", "size"};
+  const std::vector<int> order = ZnString::GetIndexVectorToSort(&wanted, &table[0]);
+  EXPECT_EQ(order, std::vector<int>({4, 3, 2, 4}));  // the last "id" wins, "missing" adds none
+  ZnString::RearrangeColumns(table, &order);
+  EXPECT_EQ(table,
+            std::vector<Texts>({{"size", "id", "name", "size"}, {"12", "8", "x.txt", "12"}}));
+  const std::vector<int> outside = {2, 9};
+  ZnString::RearrangeColumns(table, &outside);
+  EXPECT_EQ(table, std::vector<Texts>({{"id", ""}, {"8", ""}}));
+}
+
+TEST(ZnStringText, ReplaceAndSplitString) {
+  const CString original("a.b.c");
+  EXPECT_STREQ(ZnString::Replace(original, ".", "::"), "a::b::c");
+  EXPECT_STREQ(original, "a.b.c");
+  CString text("a b,c;d");
+  EXPECT_STREQ(ZnString::SplitString(text, " ,"), "a");  // any character of the set
+  EXPECT_STREQ(ZnString::SplitString(text, ';'), "b,c");
+  EXPECT_STREQ(text, "d");
+  EXPECT_STREQ(ZnString::SplitString(text, ';'), "d");
+  EXPECT_STREQ(text, "");
+}
+
+}  // namespace

@@ -1,0 +1,319 @@
+#include "zenutl/zn_string.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <clocale>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "support/exception_matchers.h"
+
+namespace {
+
+using ZnString::EParseResult;
+const EParseResult kOk = ZnString::eParseOk, kUnder = ZnString::eParseUnderflow,
+                   kOver = ZnString::eParseOverflow, kBad = ZnString::eParseInvalid;
+
+// Switches the C library's numeric locale for one scope and puts the old one back.
+class ScopedNumericLocale {
+ public:
+  explicit ScopedNumericLocale(const char* name) : previous_(std::setlocale(LC_NUMERIC, nullptr)) {
+    active_ = std::setlocale(LC_NUMERIC, name) != nullptr;
+  }
+  ~ScopedNumericLocale() { std::setlocale(LC_NUMERIC, previous_.c_str()); }
+  bool active() const { return active_; }
+
+ private:
+  std::string previous_;
+  bool active_ = false;
+};
+
+std::wstring Widen(const char* text) {
+  return std::wstring(text, text + std::strlen(text));
+}
+
+TEST(ZnString, ParsesEitherSeparatorUnderPointAndCommaLocales) {
+  const struct {
+    const char* text;
+    double value;
+    EParseResult result;
+  } rows[] = {
+      {"1.5", 1.5, kOk},         {"1,5", 1.5, kOk},     {"  2.5  ", 2.5, kOk},
+      {"\t-0,25\n", -0.25, kOk}, {"1,5e2", 150, kOk},   {"-99", -99, kOk},
+      {"", -99, kBad},           {"   ", -99, kBad},    {"12abc", -99, kBad},
+      {"1D5", -99, kBad},        {"1 5", -99, kBad},    {"1,234,567", -99, kBad},
+      {"1.5,2", -99, kBad},      {"1e999", -99, kOver}, {"-1e999", -99, kOver},
+      {"1e-999", -99, kUnder},
+  };
+  for (const char* locale : {"C", "sv_SE.UTF-8", "fr_FR.UTF-8", "de_DE.UTF-8"}) {
+    ScopedNumericLocale scope(locale);
+    ASSERT_TRUE(scope.active()) << locale << " is not generated; run scripts/setup.sh";
+    for (const auto& row : rows) {
+      SCOPED_TRACE(std::string(locale) + " \"" + row.text + "\"");
+      EParseResult result = kBad;
+      EXPECT_DOUBLE_EQ(ZnString::ToDouble(row.text, result), row.value);
+      EXPECT_EQ(result, row.result);
+      double value = 0.0;
+      EXPECT_EQ(ZnString::ToDouble(row.text, value), row.result == kOk);
+      EXPECT_DOUBLE_EQ(value, row.value);
+      result = kBad;
+      EXPECT_DOUBLE_EQ(ZnString::ToDouble(Widen(row.text).c_str(), result), row.value);
+      EXPECT_EQ(result, row.result);
+    }
+  }
+}
+
+TEST(ZnString, StrtodConvertsOnlyTheFirstForeignSeparatorAndStopsAtCapitalD) {
+  const struct {
+    const char* text;
+    double value;
+    long end;
+  } rows[] = {{"1,234,567", 1.234, 5},
+              {"1.5,2", 1.5, 3},
+              {"1D5", 1, 1},
+              {"x", 0, 0},
+              // Hexadecimal shows the capital D rule at work; a small d is a digit there.
+              {"0x1D", 1, 3},
+              {"0x1d", 29, 4}};
+  for (const char* locale : {"C", "sv_SE.UTF-8"}) {
+    ScopedNumericLocale scope(locale);
+    ASSERT_TRUE(scope.active()) << locale;
+    for (const auto& row : rows) {
+      SCOPED_TRACE(std::string(locale) + " \"" + row.text + "\"");
+      char* end = nullptr;
+      EXPECT_DOUBLE_EQ(ZnString::znstrtod(row.text, &end), row.value);
+      EXPECT_EQ(end - row.text, row.end);
+      EXPECT_DOUBLE_EQ(ZnString::znstrtod(row.text, nullptr), row.value);
+      const std::wstring wide = Widen(row.text);
+      wchar_t* wideEnd = nullptr;
+      EXPECT_DOUBLE_EQ(ZnString::znstrtod(wide.c_str(), &wideEnd), row.value);
+      EXPECT_EQ(wideEnd - wide.c_str(), row.end);
+    }
+  }
+}
+
+TEST(ZnString, SeesOnlyTheFirstSixtyThreeCharacters) {
+  const std::string digits = "1" + std::string(62, '0');
+  const struct {
+    std::string text;
+    EParseResult result;
+  } rows[] = {{digits, kOk},
+              {digits + "   ", kOk},  // beyond the 63rd: judged in the caller's text
+              {digits + "0", kBad},
+              {" " + digits, kBad}};  // leading blanks count against the limit
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text);
+    EParseResult result;
+    EXPECT_DOUBLE_EQ(ZnString::ToDouble(row.text.c_str(), result), row.result == kOk ? 1e62 : -99);
+    EXPECT_EQ(result, row.result);
+  }
+}
+
+TEST(ZnString, ThrowingToDoubleNamesTheFailure) {
+  EXPECT_DOUBLE_EQ(ZnString::ToDouble(" 4,5 "), 4.5);
+  EXPECT_THROW_WHY(ZnString::ToDouble("x"), InvalidArgument, "ZnStringToDouble invalid argument");
+  EXPECT_THROW_WHY(ZnString::ToDouble(""), InvalidArgument, "ZnStringToDouble invalid argument");
+  EXPECT_THROW_WHY(ZnString::ToDouble("1e999"), OverflowError, "ZnStringToDouble overflow");
+  EXPECT_THROW_WHY(ZnString::ToDouble(L"1e-999"), UnderflowError, "ZnStringToDouble underflow");
+}
+
+TEST(ZnString, NullTextIsInvalidAndLeavesOutputsAlone) {
+  EParseResult result = kOk;
+  EXPECT_DOUBLE_EQ(ZnString::ToDouble(static_cast<const char*>(nullptr), result), -99.0);
+  EXPECT_EQ(result, kBad);
+  int i = 5;
+  __int64 big = 5;
+  EXPECT_FALSE(ZnString::ToInt(static_cast<const char*>(nullptr), i));
+  EXPECT_FALSE(ZnString::ToInt64(static_cast<const wchar_t*>(nullptr), big));
+  EXPECT_EQ(i + big, 10);
+  char* end = reinterpret_cast<char*>(&i);
+  EXPECT_EQ(ZnString::znstrtod(static_cast<const char*>(nullptr), &end), 0.0);
+  EXPECT_EQ(end, nullptr);
+}
+
+TEST(ZnString, ToFloatNarrowsWithoutARangeTestOfItsOwn) {
+  float value = 0.0f;
+  EXPECT_TRUE(ZnString::ToFloat("1e39", value));
+  EXPECT_TRUE(std::isinf(value) && value > 0);
+  EXPECT_TRUE(ZnString::ToFloat(L"-1e39", value));
+  EXPECT_TRUE(std::isinf(value) && value < 0);
+  EXPECT_TRUE(ZnString::ToFloat("1e-50", value));
+  EXPECT_EQ(value, 0.0f);
+  EXPECT_FALSE(ZnString::ToFloat("abc", value));
+  EXPECT_EQ(value, -99.0f);
+}
+
+TEST(ZnString, ToIntStoresOnlyOnSuccessWhileToInt64StoresWhatItRead) {
+  const int kKept = 7;
+  const struct {
+    const char* text;
+    bool intOk;
+    int intValue;
+    bool int64Ok;
+    __int64 int64Value;
+  } rows[] = {
+      {" -42 ", true, -42, true, -42},
+      {"12.5", false, kKept, false, 12},
+      {"12x", false, kKept, false, 12},
+      {"abc", false, kKept, false, 0},
+      {"  \t", false, kKept, false, kKept},
+      {"-2147483648", true, INT_MIN, true, INT_MIN},
+      {"2147483648", false, kKept, true, 2147483648LL},
+      {"99999999999999999999", false, kKept, false, LLONG_MAX},
+      {"0x10", false, kKept, false, 0},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text);
+    for (const bool wide : {false, true}) {
+      int i = kKept;
+      __int64 big = kKept;
+      const std::wstring text = Widen(row.text);
+      EXPECT_EQ(wide ? ZnString::ToInt(text.c_str(), i) : ZnString::ToInt(row.text, i), row.intOk);
+      EXPECT_EQ(wide ? ZnString::ToInt64(text.c_str(), big) : ZnString::ToInt64(row.text, big),
+                row.int64Ok);
+      EXPECT_EQ(i, row.intValue);
+      EXPECT_EQ(big, row.int64Value);
+    }
+  }
+}
+
+TEST(ZnString, PrintsMissingTextForMinusNinetyNineOfEveryType) {
+  const struct {
+    CString text;
+    const char* expected;
+  } rows[] = {
+      {ZnString::ToString(-99.0, NULL, "n/a"), "n/a"},
+      {ZnString::ToString(-99, NULL, "n/a"), "n/a"},
+      {ZnString::ToString(static_cast<__int64>(-99), "%I64d!", "n/a"), "n/a"},
+      {ZnString::ToString(-99.0), ""},
+      {ZnString::ToString(static_cast<unsigned int>(-99), NULL, "n/a"), "4294967197"},
+      {ZnString::ToString(-99.5, NULL, "n/a"), "-99.5"},
+      {ZnString::ToString(1e20), "1e+20"},
+      {ZnString::ToString(static_cast<__int64>(-5000000000LL)), "-5000000000"},
+      {ZnString::ToString(4294967295u), "4294967295"},
+      {ZnString::ToStringA(255, "%04X"), "00FF"},
+  };
+  for (const auto& row : rows) EXPECT_STREQ(row.text, row.expected);
+  EXPECT_STREQ(ZnString::ToStringW(-99, L"%d", L"missing"), L"missing");
+  EXPECT_STREQ(ZnString::ToStringW(-99.0), L"");
+  EXPECT_STREQ(ZnString::ToStringW(static_cast<__int64>(1LL << 40)), L"1099511627776");
+  EXPECT_STREQ(ZnString::ToStringW(7u, L"<%u>"), L"<7>");
+  EXPECT_STREQ(ZnString::Format(L"%s-%d", L"w", 3), L"w-3");
+}
+
+TEST(ZnString, FormatIndexAlwaysEndsInTh) {
+  const struct {
+    unsigned long n;
+    const char* text;
+  } rows[] = {{0, "0th"},     {1, "1th"},     {2, "2th"},
+              {3, "3th"},     {12, "12th"},   {21, "21th"},
+              {103, "103th"}, {111, "111th"}, {4294967295ul, "4294967295th"}};
+  for (const auto& row : rows) EXPECT_STREQ(ZnString::FormatIndex(row.n), row.text);
+}
+
+TEST(ZnString, ItoaWritesCapitalDigitsInAnyRadix) {
+  const std::string minInBinary = "-1" + std::string(31, '0');
+  const struct {
+    int value;
+    int radix;
+    const char* text;
+  } rows[] = {{-255, 16, "-FF"},
+              {255, 1, "255"},
+              {255, 37, "255"},
+              {-1, 2, "-1"},
+              {35, 36, "Z"},
+              {0, 10, "0"},
+              {INT_MAX, 16, "7FFFFFFF"},
+              {INT_MIN, 2, minInBinary.c_str()}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::to_string(row.value) + " in " + std::to_string(row.radix));
+    char buffer[40];
+    EXPECT_EQ(ZnString::znitoa(row.value, buffer, row.radix), buffer);
+    EXPECT_STREQ(buffer, row.text);
+  }
+  // Against the C library over a spread of values, INT_MIN included.
+  for (long long v = INT_MIN; v <= INT_MAX; v += 65537LL * 331) {
+    char ours[40], theirs[40];
+    ZnString::znitoa(static_cast<int>(v), ours, 10);
+    std::snprintf(theirs, sizeof theirs, "%d", static_cast<int>(v));
+    ASSERT_STREQ(ours, theirs);
+  }
+}
+
+TEST(ZnString, SnprintfCutsTerminatesAndAnswersMinusOne) {
+  const struct {
+    unsigned int size;
+    const char* text;
+    int result;
+  } rows[] = {{4, "abc", -1}, {6, "abcde", -1}, {7, "abcdef", 6}, {8, "abcdef", 6}, {1, "", -1}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.size);
+    char buffer[16];
+    std::memset(buffer, 'Z', sizeof buffer);
+    EXPECT_EQ(ZnString::znsnprintf(buffer, row.size, "%s", "abcdef"), row.result);
+    EXPECT_STREQ(buffer, row.text);
+    EXPECT_EQ(buffer[row.size], 'Z') << "wrote past the size";
+  }
+  char buffer[32] = "untouched";
+  EXPECT_EQ(ZnString::znsnprintf(buffer, 0, "%s", "abc"), -1);
+  EXPECT_STREQ(buffer, "untouched");
+  EXPECT_EQ(ZnString::znsnprintf(buffer, sizeof buffer, "%I64d", -(1LL << 40)), 14);
+  EXPECT_STREQ(buffer, "-1099511627776");
+}
+
+TEST(ZnString, StristrFindsTheFirstCaseInsensitiveMatch) {
+  const char* hello = "Hello World";
+  const struct {
+    const char* text;
+    const char* sought;
+    const char* found;
+  } rows[] = {{hello, "world", hello + 6}, {hello, "O", hello + 4},    {hello, "", hello},
+              {hello, nullptr, hello},     {hello, "worlds", nullptr}, {"", "a", nullptr},
+              {nullptr, "a", nullptr}};
+  for (const auto& row : rows) EXPECT_EQ(ZnString::znstristr(row.text, row.sought), row.found);
+  const char* overlap = "aaab";
+  EXPECT_EQ(ZnString::znstristr(overlap, "AAB"), overlap + 1);
+  const wchar_t* wide = L"xSA sa";
+  EXPECT_EQ(ZnString::znstristr(wide, L"sa"), wide + 1);
+  EXPECT_EQ(ZnString::znstristr(wide, L"q"), nullptr);
+}
+
+TEST(ZnString, HeapStringHelpersReplaceAndAppendSafely) {
+  char* text = nullptr;
+  EXPECT_EQ(ZnString::SetStr(text, nullptr), nullptr);
+  ZnString::SetStr(text, "alpha");
+  ZnString::SetStr(text, text);  // from itself
+  EXPECT_STREQ(text, "alpha");
+  char* before = text;
+  EXPECT_EQ(ZnString::SetStr(text, nullptr), before);
+  EXPECT_EQ(ZnString::ConcatStr(text, nullptr), before);
+  ZnString::ConcatStr(text, "-beta");
+  EXPECT_STREQ(text, "alpha-beta");
+  delete[] text;
+
+  wchar_t* wide = nullptr;
+  ZnString::ConcatStr(wide, L"x");  // a null target starts empty
+  ZnString::ConcatStr(wide, L"yz");
+  EXPECT_STREQ(wide, L"xyz");
+  delete[] wide;
+  EXPECT_EQ(ZnString::znstrdup(static_cast<const char*>(nullptr)), nullptr);
+}
+
+TEST(ZnString, TrimWhiteSpaceTrimsInPlace) {
+  const struct {
+    const char* text;
+    const char* trimmed;
+  } rows[] = {{"  a b  ", "a b"}, {"\t\nx\r\n", "x"}, {"   ", ""}, {"", ""}, {"abc", "abc"}};
+  for (const auto& row : rows) {
+    char buffer[32];
+    std::strcpy(buffer, row.text);
+    EXPECT_EQ(ZnString::TrimWhiteSpace(buffer), buffer);
+    EXPECT_STREQ(buffer, row.trimmed);
+  }
+  EXPECT_EQ(ZnString::TrimWhiteSpace(nullptr), nullptr);
+}
+
+}  // namespace
