@@ -20,6 +20,7 @@
 #define ZENUTL_AUDIT_TRAIL_H_
 
 #include <boost/function.hpp>
+#include <boost/signals2/last_value.hpp>
 #include <boost/signals2/signal.hpp>
 #include <functional>
 #include <iosfwd>
@@ -48,8 +49,8 @@ class AuditTrail {
   // Trail kept in the file `fileName`.
   AuditTrail(const char* fileName, const char* project, ConfigurationSection* section);
   // Trail kept in stream `fileName` of `source`; `folder` only serves GetFileName.
-  AuditTrail(ZnStreamSource* source, const char* folder, const char* fileName,
-             const char* project, ConfigurationSection* section);
+  AuditTrail(ZnStreamSource* source, const char* folder, const char* fileName, const char* project,
+             ConfigurationSection* section);
   // Fires msAuditTrailDeleting first. Does not reset the current instance.
   virtual ~AuditTrail();
 

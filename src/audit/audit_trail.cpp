@@ -10,8 +10,8 @@
 #include "audit/audit_trail_document.h"
 #include "audit/audit_xml.h"
 #include "platform/native_path.h"
+#include "zenutl/path_functions.h"
 #include "zenutl/rolling_checksum.h"
-#include "zenutl/zn_path.h"
 #include "zenutl/system_info.h"
 #include "zenutl/time_functions.h"
 #include "zenutl/zn_stream_source.h"
@@ -175,16 +175,22 @@ void AuditTrail::UpdateConfiguration(ZnStreamSource* source, const char* fileNam
   if (section) mSettings.SetConfigurationSection(section);
 }
 
-AuditTrail* AuditTrail::GetInstance() { return spInstance; }
+AuditTrail* AuditTrail::GetInstance() {
+  return spInstance;
+}
 
 void AuditTrail::SetInstance(AuditTrail* trail) {
   if (trail) msAuditTrailActiveAuditTrailChanged(trail);
   spInstance = trail;
 }
 
-void AuditTrail::BroadCastChange() { msAuditTrailActiveAuditTrailChanged(this); }
+void AuditTrail::BroadCastChange() {
+  msAuditTrailActiveAuditTrailChanged(this);
+}
 
-void AuditTrail::SetCallback(CallbackFunction callback) { smCallbackFun = callback; }
+void AuditTrail::SetCallback(CallbackFunction callback) {
+  smCallbackFun = callback;
+}
 
 void AuditTrail::BeginSession() {
   DOMDocument* document = mDocument->GetDocument();
@@ -333,4 +339,6 @@ void AuditTrail::ResetDocument() {
   mDocument = CreateAuditTrailDocument();
 }
 
-bool AuditTrail::HasStore() const { return mStreamSource || !mFileName.IsEmpty(); }
+bool AuditTrail::HasStore() const {
+  return mStreamSource || !mFileName.IsEmpty();
+}

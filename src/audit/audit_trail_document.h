@@ -4,19 +4,18 @@
 #define ZENUTL_AUDIT_AUDIT_TRAIL_DOCUMENT_H_
 
 #include <xercesc/dom/DOM.hpp>
-#include <xercesc/parsers/XercesDOMParser.hpp>
+
+#include "config/guarded_dom_parser.h"
 
 struct AuditTrailDocument {
   // Owned; null until the first Load or Read.
-  xercesc::XercesDOMParser* parser = nullptr;
+  zenutl::config::GuardedDOMParser* parser = nullptr;
   // Owned by this record (released with release()) only while there is no parser.
   xercesc::DOMDocument* document = nullptr;
   // The open "Session" element, or null.
   xercesc::DOMElement* session = nullptr;
 
-  xercesc::DOMDocument* GetDocument() const {
-    return parser ? parser->getDocument() : document;
-  }
+  xercesc::DOMDocument* GetDocument() const { return parser ? parser->getDocument() : document; }
   xercesc::DOMElement* GetRoot() const {
     xercesc::DOMDocument* doc = GetDocument();
     return doc ? doc->getDocumentElement() : nullptr;

@@ -3,10 +3,10 @@
 #include <xercesc/sax/SAXException.hpp>
 #include <xercesc/util/XMLException.hpp>
 
+#include <unistd.h>
 #include <fstream>
 #include <memory>
 #include <sstream>
-#include <unistd.h>
 
 #include "audit/audit_trail_document.h"
 #include "audit/audit_xml.h"
@@ -14,11 +14,12 @@
 #include "platform/native_path.h"
 #include "zenutl/audit_trail.h"
 #include "zenutl/exception.h"
+#include "zenutl/fn_class.h"
+#include "zenutl/istream_input_source.h"
+#include "zenutl/path_functions.h"
 #include "zenutl/user_comm.h"
-#include "zenutl/xml_input.h"
-#include "zenutl/xml_output.h"
+#include "zenutl/write_xml_file.h"
 #include "zenutl/zn_file.h"
-#include "zenutl/zn_path.h"
 #include "zenutl/zn_stream_source.h"
 
 XERCES_CPP_NAMESPACE_USE
@@ -59,10 +60,9 @@ const XMLCh* LastEventMessage(const DOMNode* session) {
 }
 
 // A parser hardened against documents that reach for the network or expand without bound.
-std::unique_ptr<XercesDOMParser> MakeParser() {
-  std::unique_ptr<XercesDOMParser> parser(new XercesDOMParser);
-  zenutl::ConfigureSafeParser(*parser);
-  return parser;
+std::unique_ptr<zenutl::config::GuardedDOMParser> MakeParser() {
+  return std::unique_ptr<zenutl::config::GuardedDOMParser>(
+      new zenutl::config::GuardedDOMParser(true));
 }
 
 bool WriteDocumentText(const DOMNode* node, std::string& text) {
@@ -133,9 +133,9 @@ void AuditTrail::Load() {
     }
     if (stream) {
       IStreamInputSource source(*stream);
-      mDocument->parser->parse(source);
+      mDocument->parser->Parse(source);
     } else {
-      mDocument->parser->parse(nativePath.c_str());
+      mDocument->parser->ParseFile(nativePath);
     }
     mDocument->session = nullptr;
   } catch (const XMLException& e) {
@@ -167,16 +167,18 @@ void AuditTrail::LoadAndUpdateLogEventsFromData() {
 }
 
 void AuditTrail::Read(std::istream& stream) {
-  std::unique_ptr<XercesDOMParser> parser = MakeParser();
+  std::unique_ptr<zenutl::config::GuardedDOMParser> parser = MakeParser();
   try {
     IStreamInputSource source(stream);
-    parser->parse(source);
+    parser->Parse(source);
   } catch (const XMLException& e) {
     throw Exception(CString("AuditTrail::Read failed\n") + ToCString(e.getMessage()));
   } catch (const DOMException& e) {
     throw Exception(CString("AuditTrail::Read failed\n") + FirstCharacterOf(e.getMessage()));
   } catch (const SAXException& e) {
     throw Exception(CString("AuditTrail::Read failed\n") + ToCString(e.getMessage()));
+  } catch (const Exception& e) {
+    throw Exception(CString("AuditTrail::Read failed\n") + e.Why());
   }
   if (mDocument->parser) {
     delete mDocument->parser;
@@ -206,7 +208,9 @@ void AuditTrail::Save() {
   if (zenutl::platform::WriteFileAtomically(nativePath, text, nullptr)) mModified = false;
 }
 
-void AuditTrail::Save(std::ostream& stream) { WriteXMLFile(stream, mDocument->GetDocument(), false); }
+void AuditTrail::Save(std::ostream& stream) {
+  WriteXMLFile(stream, mDocument->GetDocument(), false);
+}
 
 void AuditTrail::SaveAs(const char* fileName) {
   std::string text;
@@ -222,14 +226,14 @@ void AuditTrail::SaveAs(const char* fileName) {
   target.Split(fileName);
   target.SetNameAndExt("audit_trail.xsl");
   target.Merge();
-  ZnCopyFile(source.GetPath(), target.GetPath(), false);
+  ZnCopyFile(source.Path(), target.Path(), false);
 }
 
 void AuditTrail::CopyContent(AuditTrail* other) {
   const CString tempName = ZnFile::GetTempFileNameA("AuditTemp.xml");
   const std::string nativeTemp = zenutl::platform::ToNativePath(tempName.GetString());
-  std::fstream stream(nativeTemp, std::ios::in | std::ios::out | std::ios::trunc |
-                                      std::ios::binary);
+  std::fstream stream(nativeTemp,
+                      std::ios::in | std::ios::out | std::ios::trunc | std::ios::binary);
   if (!stream) {
     std::remove(nativeTemp.c_str());
     throw Exception(kCopyContentFailed);
@@ -243,8 +247,8 @@ void AuditTrail::CopyContent(AuditTrail* other) {
       mDocument->session = nullptr;
     } else {
       other->mDocument->session->normalize();
-      DOMNodeList* found = mDocument->GetDocument()->getElementsByTagName(
-          other->mDocument->session->getTagName());
+      DOMNodeList* found =
+          mDocument->GetDocument()->getElementsByTagName(other->mDocument->session->getTagName());
       if (found->getLength() > 0) {
         mDocument->session = static_cast<DOMElement*>(found->item(found->getLength() - 1));
       }

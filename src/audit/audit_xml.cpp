@@ -1,26 +1,12 @@
 #include "audit/audit_xml.h"
 
-#include <xercesc/util/TransService.hpp>
-#include <xercesc/util/XMLString.hpp>
-
-#include <cstring>
+#include "config/xml_text.h"
 
 namespace zenutl {
 namespace audit {
 
-XmlText::XmlText(const char* text) {
-  const char* bytes = text ? text : "";
-  xercesc::TranscodeFromStr transcoded(reinterpret_cast<const XMLByte*>(bytes),
-                                       std::strlen(bytes), "UTF-8");
-  mText = transcoded.adopt();
-}
-
-XmlText::~XmlText() { xercesc::XMLString::release(&mText); }
-
 CString ToCString(const XMLCh* text) {
-  if (!text || !*text) return CString();
-  xercesc::TranscodeToStr transcoded(text, "UTF-8");
-  return CString(reinterpret_cast<const char*>(transcoded.str()));
+  return CString(config::Utf8FromXml(text));
 }
 
 bool NameEqualsNoCase(const XMLCh* name, const char* ascii) {
@@ -42,8 +28,7 @@ bool IsElementNamed(const xercesc::DOMNode* node, const char* name) {
 
 xercesc::DOMElement* FindChildElement(const xercesc::DOMNode* parent, const char* name) {
   if (!parent) return nullptr;
-  for (xercesc::DOMNode* child = parent->getFirstChild(); child;
-       child = child->getNextSibling()) {
+  for (xercesc::DOMNode* child = parent->getFirstChild(); child; child = child->getNextSibling()) {
     if (IsElementNamed(child, name)) return static_cast<xercesc::DOMElement*>(child);
   }
   return nullptr;

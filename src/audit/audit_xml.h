@@ -4,23 +4,21 @@
 
 #include <xercesc/dom/DOM.hpp>
 
+#include "config/xml_text.h"
 #include "zenutl/cstring.h"
 
 namespace zenutl {
 namespace audit {
 
-// A library text as DOM text. The trail's texts are UTF-8, the Linux local code page.
+// A library text as DOM text, for the duration of one DOM call. The trail's texts are UTF-8,
+// the local code page here.
 class XmlText {
  public:
-  explicit XmlText(const char* text);
-  ~XmlText();
-  XmlText(const XmlText&) = delete;
-  XmlText& operator=(const XmlText&) = delete;
-  const XMLCh* get() const { return mText; }
-  operator const XMLCh*() const { return mText; }  // NOLINT: used as a DOM argument
+  explicit XmlText(const char* text) : mText(config::XmlFromUtf8(text)) {}
+  operator const XMLCh*() const { return mText.c_str(); }  // NOLINT: used as a DOM argument
 
  private:
-  XMLCh* mText;
+  config::XmlString mText;
 };
 
 // DOM text as a library text (UTF-8); null gives "".

@@ -109,8 +109,7 @@ TEST(AuditTrail, EventStoresMessageDetailsAndStripsCarriageReturns) {
   trail.AddEvent("no details", nullptr, nullptr);
   const std::string text = SavedText(trail);
   EXPECT_EQ(text.find('\r'), std::string::npos);
-  EXPECT_NE(text.find(">line one\nline two<Details>detail\n</Details></Event>"),
-            std::string::npos);
+  EXPECT_NE(text.find(">line one\nline two<Details>detail\n</Details></Event>"), std::string::npos);
   EXPECT_NE(text.find(">no details<Details/></Event>"), std::string::npos);
   EXPECT_TRUE(trail.IsModified());
 }
@@ -248,7 +247,9 @@ TEST(AuditTrail, ExtendedUserInfoCallbackRunsOnlyWhenNeeded) {
     trail.GetAuditTrailSettings().SetExtendedUserInfo(row.stored);
     trail.BeginSession();
     EXPECT_EQ(calls, row.expectedCalls);
-    if (row.expectedCalls) EXPECT_NE(SavedText(trail).find(">Dr. Jones, QA</User>"), std::string::npos);
+    if (row.expectedCalls) {
+      EXPECT_NE(SavedText(trail).find(">Dr. Jones, QA</User>"), std::string::npos);
+    }
   }
   AuditTrail::SetCallback(AuditTrail::CallbackFunction());
 }
@@ -263,8 +264,9 @@ TEST(AuditTrail, SubTrailEventsAreNestedIntoTheEvent) {
   trail.AddEvent("whole operation", "summary", &sub);
   const std::string text = SavedText(trail);
   EXPECT_TRUE(std::regex_search(
-      text, std::regex(">whole operation<Details>summary</Details><Events><Event [^>]*>step "
-                       "1<Details/></Event><Event [^>]*>step 2<Details/></Event></Events></Event>")));
+      text,
+      std::regex(">whole operation<Details>summary</Details><Events><Event [^>]*>step "
+                 "1<Details/></Event><Event [^>]*>step 2<Details/></Event></Events></Event>")));
 }
 
 class AuditTrailFiles : public zenutl_test::TempDirTest {};
