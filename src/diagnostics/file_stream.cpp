@@ -58,7 +58,7 @@ void FileStream::WriteMessage(const CString& text) {
 }
 
 void FileStream::RotateIfTooLarge() {
-  const long long size = platform::OpenFileSize(mFile);
+  const long long size = platform::WrittenFileSize(mFile);
   if (size <= static_cast<long long>(mMaxSize)) return;
   CloseHandle();
   const CString backup = NextBackupName();

@@ -36,7 +36,7 @@ bool AppendRecord(std::FILE* file, const char* data, std::size_t size) {
     if (written <= 0) {
       // Take back the part of the record that made it, so the next record starts clean. The
       // file is opened for appending, so that part is the end of the file.
-      const long long sizeNow = done > 0 ? OpenFileSize(file) : -1;
+      const long long sizeNow = done > 0 ? WrittenFileSize(file) : -1;
       if (sizeNow >= static_cast<long long>(done)) {
         while (::ftruncate(descriptor,
                            static_cast<off_t>(sizeNow - static_cast<long long>(done))) != 0 &&
@@ -54,6 +54,10 @@ long long OpenFileSize(std::FILE* file) {
   struct stat status;
   if (::fstat(fileno(file), &status) != 0) return -1;
   return static_cast<long long>(status.st_size);
+}
+
+long long WrittenFileSize(std::FILE* file) {
+  return static_cast<long long>(::lseek(fileno(file), 0, SEEK_END));
 }
 
 long long FileModificationTime(const char* windowsPath) {

@@ -26,6 +26,10 @@ bool AppendRecord(std::FILE* file, const char* data, std::size_t size);
 // Stands for _fstat64i32 on an open stream: its size in bytes, or -1.
 long long OpenFileSize(std::FILE* file);
 
+// Also stands for _fstat64i32, for a stream that is only written to: the size in bytes, found by
+// moving the descriptor to the end of the file, which is cheaper than fstat. -1 on failure.
+long long WrittenFileSize(std::FILE* file);
+
 // Stands for _stat: the modification time in seconds since 1970, or 0 when the file is absent.
 long long FileModificationTime(const char* windowsPath);
 
