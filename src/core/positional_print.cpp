@@ -59,11 +59,11 @@ bool ParseConversion(const std::string& format, std::size_t begin, Conversion& c
 }
 
 template <typename T>
-std::string PrintOne(const std::string& spec, T value) {
-  const int needed = std::snprintf(nullptr, 0, spec.c_str(), value);
+std::string PrintOne(const std::string& piece, T value) {
+  const int needed = std::snprintf(nullptr, 0, piece.c_str(), value);
   if (needed <= 0) return std::string();
   std::string text(static_cast<std::size_t>(needed) + 1, '\0');
-  std::snprintf(&text[0], text.size(), spec.c_str(), value);
+  std::snprintf(&text[0], text.size(), piece.c_str(), value);
   text.resize(static_cast<std::size_t>(needed));
   return text;
 }

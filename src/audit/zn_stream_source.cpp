@@ -1,0 +1,3 @@
+#include "zenutl/zn_stream_source.h"
+
+ZnStreamSource::~ZnStreamSource() {}

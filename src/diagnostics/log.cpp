@@ -1,0 +1,157 @@
+#include "zenutl/log.h"
+
+#include <strings.h>
+
+#include <boost/thread/lock_guard.hpp>
+#include <boost/thread/mutex.hpp>
+
+#include "diagnostics/file_stream.h"
+
+namespace {
+
+const char* const kImportanceTexts[Log::NumImportanceLevels] = {"Debug", "Information", "Warning",
+                                                                "Error", "Critical"};
+
+// Serialises CreateInstance against itself, so that two threads racing to create the log end
+// with one log and one false.
+boost::mutex& CreationMutex() {
+  static boost::mutex mutex;
+  return mutex;
+}
+
+typedef boost::lock_guard<boost::mutex> Guard;
+
+}  // namespace
+
+std::atomic<Log*> Log::spInstance(nullptr);
+
+Log::Log() : mLogLevel(Critical), mFile(), mLock(new boost::mutex) {}
+
+// Unreachable from the public interface: the log lives as long as the process.
+Log::~Log() {
+  if (mFile) mFile->Close();
+}
+
+// The short form is the long one with the stream's defaults.
+bool Log::CreateInstance(const char* fileName) {
+  return CreateInstance(fileName, Critical, 0x100000, 0);
+}
+
+bool Log::CreateInstance(const char* fileName, Importance level, long maxSize,
+                         unsigned int backups) {
+  Guard creating(CreationMutex());
+  if (spInstance.load() != nullptr) return false;
+  boost::shared_ptr<FileStream> file(new FileStream);
+  if (!file->Open(fileName)) return false;
+  file->SetMaxSize(maxSize);
+  file->SetBackupCount(backups);
+  Log* log = new Log;
+  log->mFile = file;
+  spInstance.store(log);
+  Guard writing(*log->mLock);
+  log->mLogLevel = level;
+  CString text;
+  text.Format("Log level set to %s.", ImportanceToString(level));
+  log->LogMessage("Log", "CreateInstance", text, Information);
+  return true;
+}
+
+bool Log::IsValid() {
+  return spInstance.load() != nullptr;
+}
+
+bool Log::CheckLogLevel(Importance importance) {
+  const Log* log = spInstance.load();
+  return log != nullptr && importance >= log->mLogLevel.load(std::memory_order_relaxed);
+}
+
+void Log::WriteMessage(const char* className, const char* functionName, const char* text,
+                       Importance importance, bool force) {
+  Log* log = spInstance.load();
+  if (log == nullptr) return;
+  Guard writing(*log->mLock);
+  if (force || importance >= log->mLogLevel) {
+    log->LogMessage(className, functionName, text, importance);
+  }
+}
+
+bool Log::SetLogLevel(Importance level) {
+  Log* log = spInstance.load();
+  if (log == nullptr) return false;
+  Guard writing(*log->mLock);
+  if (log->mLogLevel != level) {
+    log->mLogLevel = level;
+    CString text;
+    text.Format("Log level set to %s.", ImportanceToString(level));
+    log->LogMessage("Log", "SetLogLevel", text, Information);
+  }
+  return true;
+}
+
+bool Log::SetMaxFileSize(long maxSize) {
+  Log* log = spInstance.load();
+  if (log == nullptr) return false;
+  Guard writing(*log->mLock);
+  if (log->mFile->GetMaxSize() != maxSize) {
+    log->mFile->SetMaxSize(maxSize);
+    CString text;
+    text.Format("Max file size set to %ld bytes.", maxSize);
+    log->LogMessage("Log", "SetMaxFileSize", text, Information);
+  }
+  return true;
+}
+
+bool Log::GetBuffer(char* buffer, unsigned int size) {
+  Log* log = spInstance.load();
+  if (log == nullptr) return false;
+  Guard reading(*log->mLock);
+  return log->mFile->GetBuffer(buffer, size);
+}
+
+void Log::LogMessage(const char* className, const char* functionName, const char* text,
+                     Importance importance) {
+  if (!mFile->IsOpen()) return;
+  // "<stamp> [<level>] [<class>::<function>()]\n<text>", the location shortened to "[<class>]" or
+  // "[<function>()]" or left out as the names are missing. Built piece by piece: this runs for
+  // every message, and a printf format would cost more than the rest of the record.
+  CString record = mFile->TimeStamp();
+  record += " [";
+  record += ImportanceToString(importance);
+  record += "]";
+  if (className != nullptr || functionName != nullptr) {
+    record += " [";
+    record += className;
+    if (className != nullptr && functionName != nullptr) record += "::";
+    if (functionName != nullptr) {
+      record += functionName;
+      record += "()";
+    }
+    record += "]";
+  }
+  record += "\n";
+  record += text;
+  mFile->WriteMessage(record);
+}
+
+Log::Importance Log::IndexToImportance(unsigned int index) {
+  return index < NumImportanceLevels ? static_cast<Importance>(index) : Critical;
+}
+
+unsigned int Log::ImportanceToIndex(Importance importance) {
+  const int value = static_cast<int>(importance);
+  return value >= 0 && value < static_cast<int>(NumImportanceLevels)
+             ? static_cast<unsigned int>(value)
+             : NumImportanceLevels - 1;
+}
+
+Log::Importance Log::StringToImportance(const char* text) {
+  if (text == nullptr) return Critical;
+  for (unsigned int index = 0; index < NumImportanceLevels; ++index) {
+    if (::strcasecmp(text, kImportanceTexts[index]) == 0) return IndexToImportance(index);
+  }
+  return Critical;
+}
+
+const char* Log::ImportanceToString(Importance importance) {
+  return kImportanceTexts[ImportanceToIndex(importance)];
+}

@@ -1,0 +1,278 @@
+// The file system functions of path_functions.h. Every call to the system goes through
+// platform/file_system.h, which converts the Windows-form paths.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <cwchar>
+#include <memory>
+#include <random>
+
+#include "file/file_io.h"
+#include "file/split_path.h"
+#include "platform/file_calls.h"
+#include "platform/file_system.h"
+#include "zenutl/path_functions.h"
+
+namespace platform = zenutl::platform;
+using zenutl::file::FileDescriptor;
+using zenutl::file::OpenFileForReading;
+using zenutl::file::ReadBlock;
+
+namespace {
+
+bool CreateFolderText(std::string path) {
+  if (path.size() > 3 && path.back() == '\\') path.pop_back();
+  struct stat info;
+  if (platform::StatPath(path.c_str(), &info)) return true;
+  // Not found and this short: a drive root, which a search never finds.
+  if (path.size() <= 3) return true;
+  const zenutl::file::PathParts parts = zenutl::file::SplitPath(path);
+  const std::string parent =
+      zenutl::file::MakePath(parts.drive.c_str(), parts.directory.c_str(), nullptr, nullptr);
+  if (parent == path) return false;
+  if (!CreateFolderText(parent)) return false;
+  if (platform::MakeDirectory(path.c_str()) == 0) return true;
+  // Someone else may have made it meanwhile.
+  return errno == EEXIST && platform::StatPath(path.c_str(), &info) && S_ISDIR(info.st_mode);
+}
+
+// Text-mode reading as on Windows: CR LF comes out as LF, and Ctrl-Z ends the file.
+class TextModeReader {
+ public:
+  explicit TextModeReader(int fd) : mFd(fd) {}
+
+  // Fills up to `count` characters; fewer only at the end. -1 on a read error.
+  ssize_t Read(char* out, std::size_t count) {
+    std::size_t filled = 0;
+    while (filled < count) {
+      int ch = Next();
+      if (ch == kError) return -1;
+      if (ch == kEnd) break;
+      if (ch == '\r') {
+        const int following = Peek();
+        if (following == kError) return -1;
+        if (following == '\n') ch = Next();
+      }
+      out[filled++] = static_cast<char>(ch);
+    }
+    return static_cast<ssize_t>(filled);
+  }
+
+ private:
+  static const int kEnd = -1;
+  static const int kError = -2;
+  static const int kCtrlZ = 0x1A;
+
+  int Peek() {
+    if (mPosition == mLength && !Fill()) return mFailed ? kError : kEnd;
+    const int ch = static_cast<unsigned char>(mRaw[mPosition]);
+    return ch == kCtrlZ ? kEnd : ch;
+  }
+  int Next() {
+    const int ch = Peek();
+    if (ch >= 0) ++mPosition;
+    return ch;
+  }
+  bool Fill() {
+    const ssize_t got = ReadBlock(mFd, mRaw, sizeof(mRaw));
+    mFailed = got < 0;
+    mPosition = 0;
+    mLength = got > 0 ? static_cast<std::size_t>(got) : 0;
+    return mLength > 0;
+  }
+
+  int mFd;
+  char mRaw[4096];
+  std::size_t mPosition = 0;
+  std::size_t mLength = 0;
+  bool mFailed = false;
+};
+
+// A name beside `target` for writing a copy before it takes the target's place.
+std::string SiblingTempName(const std::string& target) {
+  static thread_local std::mt19937 random{std::random_device{}()};
+  const std::size_t slash = target.find_last_of("\\/");
+  const std::size_t nameStart = slash == std::string::npos ? 0 : slash + 1;
+  char suffix[16];
+  std::snprintf(suffix, sizeof(suffix), ".%08x~", static_cast<unsigned int>(random()));
+  return target.substr(0, nameStart) + "." + target.substr(nameStart) + suffix;
+}
+
+}  // namespace
+
+bool CreateFolder(const char* path) {
+  if (!path || std::strlen(path) >= MAX_PATH) return false;
+  return CreateFolderText(zenutl::file::Normalized(path));
+}
+
+bool CreateFolder(const wchar_t* path) {
+  if (!path || std::wcslen(path) >= MAX_PATH) return false;
+  const std::string text = zenutl::detail::WideToUtf8(path);
+  return CreateFolderText(zenutl::file::Normalized(text.c_str()));
+}
+
+int FileExist(const char* path) {
+  struct stat info;
+  if (!platform::StatPath(path, &info)) return 0;
+  return S_ISDIR(info.st_mode) ? 1 : 2;
+}
+
+_ITEMIDLIST* ZnGetIDListFromPath(const char* path) {
+  struct stat info;
+  if (!platform::StatPath(path, &info)) return nullptr;
+  _ITEMIDLIST* item = new _ITEMIDLIST;
+  item->device = static_cast<unsigned long long>(info.st_dev);
+  item->inode = static_cast<unsigned long long>(info.st_ino);
+  return item;
+}
+
+void ZnFreeIDList(_ITEMIDLIST* item) {
+  delete item;
+}
+
+bool ZnComparePaths(const char* first, const char* second) {
+  std::unique_ptr<_ITEMIDLIST, void (*)(_ITEMIDLIST*)> a(ZnGetIDListFromPath(first), &ZnFreeIDList);
+  std::unique_ptr<_ITEMIDLIST, void (*)(_ITEMIDLIST*)> b(ZnGetIDListFromPath(second),
+                                                         &ZnFreeIDList);
+  return a && b && a->device == b->device && a->inode == b->inode;
+}
+
+CString ZnGetTempFileName(const char* folder, const char* prefix, const char* ext) {
+  const std::string directory = folder ? std::string(folder) : platform::GetTempPath();
+  const char* namePrefix = (prefix && *prefix) ? prefix : "tmp";
+  const char* extension = (ext && *ext) ? ext : "TMP";
+  std::string name;
+  if (!platform::CreateUniqueTempFile(directory.c_str(), namePrefix, extension, name)) {
+    return CString();
+  }
+  return CString(name);
+}
+
+bool ZnResolveShortcut(const char* shortcut, char* target) {
+  if (!target) return false;
+  target[0] = '\0';
+  if (!platform::IsSymbolicLink(shortcut)) return false;
+  std::string resolved;
+  if (!platform::ResolvePath(shortcut, resolved) || resolved.size() >= MAX_PATH) return false;
+  zenutl::file::CopyBounded(target, MAX_PATH, resolved);
+  return !resolved.empty();
+}
+
+CString ZnGetCanonicalPath(const char* path) {
+  if (platform::AccessPath(path, F_OK) != 0) return CString();
+  // Resolving every link covers the shortcut step; Linux has no mapped drive letters.
+  std::string resolved;
+  if (!platform::ResolvePath(path, resolved)) return CString();
+  return CString(resolved);
+}
+
+CString ZnGetLongPathName(const char* path) {
+  std::string resolved;
+  if (!platform::ResolvePath(path, resolved)) {
+    errno = ENOENT;
+    return CString();
+  }
+  return CString(resolved);
+}
+
+bool ZnRemoveDirectory(const char* path) {
+  bool succeeded = true;
+  std::vector<platform::DirectoryEntry> entries;
+  if (!platform::ListDirectory(path, entries)) succeeded = false;
+  for (const platform::DirectoryEntry& entry : entries) {
+    const CString child = ZnPathAppend(path, entry.name.c_str());
+    if (entry.isDirectory) {
+      if (!ZnRemoveDirectory(child)) succeeded = false;
+    } else if (platform::UnlinkPath(child) != 0) {
+      succeeded = false;
+    }
+  }
+  if (platform::RemoveDirectoryPath(path) != 0) succeeded = false;
+  return succeeded;
+}
+
+bool ZnCanCreateFile(const char* path, CString* error, int* kind) {
+  const int existing = FileExist(path);
+  if (kind) *kind = existing;
+  if (existing == 1) return false;
+  const bool create = existing == 0;
+  // A new file is made exclusively, so that a file appearing meanwhile is never truncated.
+  const int fd = create ? platform::OpenPath(path, O_WRONLY | O_CREAT | O_EXCL, 0666)
+                        : platform::OpenPath(path, O_RDWR);
+  if (fd < 0) {
+    if (error) *error = CString(platform::SystemErrorText(errno).substr(0, 1023));
+    return false;
+  }
+  ::close(fd);
+  if (create) platform::UnlinkPath(path);
+  return true;
+}
+
+bool ZnCopyFile(const char* from, const char* to, bool failIfExists) {
+  static const std::size_t kBlockSize = 32768;
+  std::unique_ptr<char[]> buffer(new char[kBlockSize]);
+  FileDescriptor source(OpenFileForReading(from));
+  if (!source.valid()) return false;
+  if (failIfExists && platform::AccessPath(to, F_OK) == 0) return false;
+  if (std::strcmp(from ? from : "", to ? to : "") == 0) return !failIfExists;
+
+  // Writing through a link goes to the file it names, and the link stays a link.
+  std::string target = to ? to : "";
+  if (platform::IsSymbolicLink(target.c_str())) {
+    std::string resolved;
+    if (platform::ResolvePath(target.c_str(), resolved)) target = resolved;
+  }
+  struct stat existing;
+  const bool replacing = platform::StatPath(target.c_str(), &existing);
+  if (replacing && S_ISDIR(existing.st_mode)) return false;
+
+  std::string temporary;
+  int fd = -1;
+  for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
+    temporary = SiblingTempName(target);
+    fd = platform::OpenPath(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666);
+    if (fd < 0 && errno != EEXIST) return false;
+  }
+  if (fd < 0) return false;
+  FileDescriptor copy(fd);
+  // An existing file keeps its permissions, as it would if written in place.
+  if (replacing) ::fchmod(copy.get(), existing.st_mode & 07777);
+
+  bool succeeded = true;
+  ssize_t got;
+  do {
+    got = ReadBlock(source.get(), buffer.get(), kBlockSize);
+    if (got < 0 || !platform::WriteAll(copy.get(), buffer.get(), static_cast<std::size_t>(got))) {
+      succeeded = false;
+      break;
+    }
+  } while (static_cast<std::size_t>(got) == kBlockSize);
+  if (!copy.Close()) succeeded = false;
+  if (succeeded) {
+    const int renamed = failIfExists
+                            ? platform::RenamePathNoReplace(temporary.c_str(), target.c_str())
+                            : platform::RenamePathReplacing(temporary.c_str(), target.c_str());
+    succeeded = renamed == 0;
+  }
+  if (!succeeded) platform::UnlinkPath(temporary.c_str());
+  return succeeded;
+}
+
+bool IsTextFile(const char* path, unsigned int maxBytes) {
+  static const std::size_t kBlockSize = 30768;
+  FileDescriptor file(OpenFileForReading(path));
+  if (!file.valid()) return false;
+  std::unique_ptr<char[]> buffer(new char[kBlockSize]);
+  TextModeReader reader(file.get());
+  unsigned long long total = 0;
+  for (;;) {
+    const ssize_t got = reader.Read(buffer.get(), kBlockSize);
+    if (got < 0) return false;
+    if (std::memchr(buffer.get(), 0, static_cast<std::size_t>(got))) return false;
+    total += static_cast<unsigned long long>(got);
+    if (static_cast<std::size_t>(got) < kBlockSize || total >= maxBytes) return true;
+  }
+}

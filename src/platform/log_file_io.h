@@ -1,0 +1,51 @@
+// The file operations of the log, on Linux.
+//
+// The log keeps one C stream open and stamps its records with the wall clock. These functions are
+// the only places where it reaches the operating system, so that tests can see or change what the
+// system answers (a full disk, a short write) without touching the log's own logic. Paths are in
+// the library's Windows form and converted here.
+#ifndef ZENUTL_PLATFORM_LOG_FILE_IO_H_
+#define ZENUTL_PLATFORM_LOG_FILE_IO_H_
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <cstdio>
+
+namespace zenutl {
+namespace platform {
+
+// Stands for fopen with a Windows path; "t" (text mode) means nothing here and is dropped.
+std::FILE* OpenFile(const char* windowsPath, const char* mode);
+
+// Stands for fwrite followed by fflush: the whole record goes to the kernel in one write on the
+// descriptor, bypassing stdio buffers. On any failure (disk full, file size limit, I/O error)
+// what was partly written is cut off again, so the file never holds a torn record; false then.
+bool AppendRecord(std::FILE* file, const char* data, std::size_t size);
+
+// Stands for _fstat64i32 on an open stream: its size in bytes, or -1.
+long long OpenFileSize(std::FILE* file);
+
+// Also stands for _fstat64i32, for a stream that is only written to: the size in bytes, found by
+// moving the descriptor to the end of the file, which is cheaper than fstat. -1 on failure.
+long long WrittenFileSize(std::FILE* file);
+
+// Stands for _stat: the modification time in seconds since 1970, or 0 when the file is absent.
+long long FileModificationTime(const char* windowsPath);
+
+// Stand for remove and rename with Windows paths; true on success.
+bool RemoveFile(const char* windowsPath);
+bool RenameFile(const char* fromWindowsPath, const char* toWindowsPath);
+
+// Stands for _ftime64: the wall clock as seconds since 1970 and milliseconds.
+void CurrentTime(long long* seconds, int* milliseconds);
+
+// The write(2) that AppendRecord uses. Tests swap it to produce short writes and failures;
+// the previous function is returned so that it can be put back.
+typedef ssize_t (*WriteFunction)(int descriptor, const void* data, std::size_t size);
+WriteFunction SetLogWriteFunction(WriteFunction write);
+
+}  // namespace platform
+}  // namespace zenutl
+
+#endif  // ZENUTL_PLATFORM_LOG_FILE_IO_H_
