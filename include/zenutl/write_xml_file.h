@@ -1,0 +1,27 @@
+// WriteXMLFile: serialises a DOM node, or a whole document, into a stream or a string.
+//
+// This is the one serialisation path of the library: the XML configuration store and the audit
+// trail write through it. The Xerces-C `DOMLSSerializer` does the work with its own defaults for
+// line ends and encoding (the document's own encoding, else UTF-8), with CDATA sections split
+// where needed and attributes that only repeat their declared default left out. A document node
+// gives the XML declaration first. With `prettyPrint` the output is indented, one element to a
+// line; without it no line break is added. No filter is installed, so every element is written.
+//
+// Xerces must be initialised (`XMLSection::Initialize` or `XMLPlatformUtils::Initialize`).
+// Error contract: the result is false when the serialiser fails; nothing throws except
+// allocation failures. A failing stream is not noticed here; the stream's state tells.
+#ifndef ZENUTL_WRITE_XML_FILE_H_
+#define ZENUTL_WRITE_XML_FILE_H_
+
+#include <xercesc/dom/DOMNode.hpp>
+
+#include <ostream>
+
+#include "zenutl/cstring.h"
+
+// Writes `node` and its subtree to `stream`.
+bool WriteXMLFile(std::ostream& stream, xercesc::DOMNode const* node, bool prettyPrint);
+// Appends `node` and its subtree to `text`.
+bool WriteXMLFile(CString& text, xercesc::DOMNode const* node, bool prettyPrint);
+
+#endif  // ZENUTL_WRITE_XML_FILE_H_
