@@ -6,8 +6,8 @@
 // inspection; the folder's name is printed.
 #include <zenutl/zenutl.h>
 
-#include <boost/filesystem.hpp>
 #include <algorithm>
+#include <boost/filesystem.hpp>
 #include <cstdio>
 #include <fstream>
 #include <iterator>

@@ -2,16 +2,15 @@
 #ifndef ZENUTL_ZENUTL_H_
 #define ZENUTL_ZENUTL_H_
 
-#include "zenutl/platform_types.h"
-#include "zenutl/cstring.h"
-#include "zenutl/exception.h"
 #include "zenutl/audit_trail.h"
 #include "zenutl/audit_trail_settings.h"
 #include "zenutl/audit_trail_wrapper.h"
 #include "zenutl/configuration_section.h"
+#include "zenutl/cstring.h"
 #include "zenutl/cstring_format_target.h"
 #include "zenutl/dom_print_filter.h"
 #include "zenutl/dom_serializer_format_target.h"
+#include "zenutl/exception.h"
 #include "zenutl/fn_class.h"
 #include "zenutl/host_dialogs.h"
 #include "zenutl/ini_file_section.h"
@@ -24,6 +23,7 @@
 #include "zenutl/memory_xml_input_stream.h"
 #include "zenutl/mute_user_comm.h"
 #include "zenutl/path_functions.h"
+#include "zenutl/platform_types.h"
 #include "zenutl/resource_module.h"
 #include "zenutl/rolling_checksum.h"
 #include "zenutl/string_xml_input_stream.h"
