@@ -53,7 +53,8 @@ class IniFileSection : public ConfigurationSection {
   bool DeleteKey(const char* key) override;
   // Removes the current section from the file; the object stays on that name.
   bool DeleteSection() override;
-  // Makes the profile functions forget their cached copy of the file; true on success.
+  // The profile functions' flush call; true when it succeeded. Writes are on the disk as soon as
+  // they return, so this has nothing left to write.
   bool Flush() const override;
   // True unless the section holds the key "!42!" with the value "!42!": a long-standing answer
   // that callers have come to depend on, not a test of emptiness. Use GetKeyNames for that.

@@ -15,8 +15,11 @@
 //   "a\\b.xml", "a/b.xml"           => the file b.xml in the sub-folder a
 //
 // Error contract as for every ZnStreamSource: nothing throws; failures answer null, false or -1.
-// Streams are opened in binary mode. Errors that happen after a stream was handed out, such as
-// a full disk, show in that stream's state, which the caller checks before deleting it.
+// Streams are opened in binary mode. A stream from `OpenOutputStream` gathers its text and
+// replaces the file as a whole (temporary file, then rename) when it is flushed or deleted, so
+// readers never see half of it and a failed write leaves the previous file whole; the failure
+// shows as badbit after the flush, which the caller checks before deleting the stream. Append
+// streams write to the file directly.
 #ifndef ZENUTL_ZN_FOLDER_STREAM_SOURCE_H_
 #define ZENUTL_ZN_FOLDER_STREAM_SOURCE_H_
 

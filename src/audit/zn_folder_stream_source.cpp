@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/atomic_file.h"
 #include "platform/file_times_and_sync.h"
 #include "platform/native_path.h"
 
@@ -186,9 +187,11 @@ std::ostream* ZnFolderStreamSource::OpenWriting(const char* name, bool append) {
   if (mReadOnly) return nullptr;
   const std::string path = NativePathOf(name);
   if (path.empty() || !MayReplace(path) || !CreateParentFolders(path)) return nullptr;
-  const std::ios::openmode mode =
-      std::ios::out | std::ios::binary | (append ? std::ios::app : std::ios::trunc);
-  std::unique_ptr<std::ofstream> stream(new std::ofstream(path, mode));
+  // A new stream's text replaces the file as a whole when the stream is flushed or deleted, so
+  // a write that fails part-way never leaves a truncated stream behind.
+  if (!append) return new zenutl::platform::ReplacingFileStream(path);
+  std::unique_ptr<std::ofstream> stream(new std::ofstream(path, std::ios::out | std::ios::binary |
+                                                                  std::ios::app));
   return stream->is_open() ? stream.release() : nullptr;
 }
 

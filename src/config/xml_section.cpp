@@ -89,10 +89,12 @@ DOMNode* FindChild(const DOMNode* parent, const char* name, int index, Children 
   if (!parent || index < 1) return nullptr;
   int seen = 0;
   for (DOMNode* child = parent->getFirstChild(); child; child = child->getNextSibling()) {
+    // The name first: most children differ by name, which spares asking for their type.
+    if (!NameMatches(child->getNodeName(), name)) continue;
     if (kinds == Children::kElementsOnly && child->getNodeType() != DOMNode::ELEMENT_NODE) {
       continue;
     }
-    if (NameMatches(child->getNodeName(), name) && ++seen == index) return child;
+    if (++seen == index) return child;
   }
   return nullptr;
 }

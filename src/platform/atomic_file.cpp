@@ -195,5 +195,32 @@ bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes
   return true;
 }
 
+ReplacingFileStream::ReplacingFileStream(std::string nativePath)
+    : std::ostream(nullptr), mBuffer(std::move(nativePath)) {
+  rdbuf(&mBuffer);
+}
+
+ReplacingFileStream::~ReplacingFileStream() {
+  // A stream whose replacement already failed leaves the file alone from then on: its writer
+  // has been told, and a later success would contradict what it was told.
+  if (good() && mBuffer.Dirty()) mBuffer.pubsync();
+}
+
+int ReplacingFileStream::Buffer::sync() {
+  if (!WriteFileAtomically(mPath, str(), nullptr)) return -1;
+  mDirty = false;
+  return 0;
+}
+
+std::streamsize ReplacingFileStream::Buffer::xsputn(const char* data, std::streamsize count) {
+  mDirty = true;
+  return std::stringbuf::xsputn(data, count);
+}
+
+ReplacingFileStream::Buffer::int_type ReplacingFileStream::Buffer::overflow(int_type ch) {
+  mDirty = true;
+  return std::stringbuf::overflow(ch);
+}
+
 }  // namespace platform
 }  // namespace zenutl

@@ -17,6 +17,8 @@
 #include <sys/types.h>
 
 #include <functional>
+#include <ostream>
+#include <sstream>
 #include <string>
 
 namespace zenutl {
@@ -31,6 +33,35 @@ namespace platform {
 // (its inode tells it from any later replacement).
 bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes,
                          std::string* error, struct stat* written = nullptr);
+
+// An output stream whose whole content replaces the file at `nativePath` by WriteFileAtomically
+// each time it is flushed, and once more when it is destroyed with unflushed output (unless a
+// replacement already failed). Nothing
+// reaches the file before the first flush; a failed replacement sets badbit, so a writer that
+// checks the stream after flushing knows whether the file holds its text. The previous file
+// stays whole until a replacement succeeds.
+class ReplacingFileStream : public std::ostream {
+ public:
+  explicit ReplacingFileStream(std::string nativePath);
+  ~ReplacingFileStream() override;
+
+ private:
+  class Buffer : public std::stringbuf {
+   public:
+    explicit Buffer(std::string nativePath) : mPath(std::move(nativePath)) {}
+    bool Dirty() const { return mDirty; }
+
+   protected:
+    int sync() override;
+    std::streamsize xsputn(const char* data, std::streamsize count) override;
+    int_type overflow(int_type ch) override;
+
+   private:
+    std::string mPath;
+    bool mDirty = true;  // an empty stream still replaces the file with nothing
+  };
+  Buffer mBuffer;
+};
 
 // The system calls of WriteFileAtomically that tests may replace. Each behaves like the POSIX
 // call of its name: -1 with errno set on failure; `write` may also write fewer bytes than asked.

@@ -359,7 +359,8 @@ BOOL WriteProfile(const char* section, const char* key, const char* value, const
     if (key != nullptr || value != nullptr) {
       return Fail(EINVAL, "a key or value was given without a section");
     }
-    Cache().Forget(path);
+    // The flush: every write is on the disk when it returns, and the cache is checked against
+    // the file on every read, so there is nothing to write out and nothing to drop.
     return 1;
   }
   const std::string sectionName = section;

@@ -54,7 +54,8 @@ DWORD GetPrivateProfileStringW(const wchar_t* section, const wchar_t* key,
 DWORD GetPrivateProfileSectionNamesA(char* buffer, DWORD size, const char* file);
 
 // Stands for WritePrivateProfileStringA. Creates or replaces `key` in `section`; a null `value`
-// removes the key; a null `key` removes the section; all three null forget the cached file.
+// removes the key; a null `key` removes the section; all three null is the flush call, which has
+// nothing to do here since every write is on the disk when it returns.
 // Returns 1 on success, also when there was nothing to remove, and 0 on failure: a file or
 // folder that can't be written, or names and values that the file couldn't hold (a line break
 // anywhere, ']' in a section name, '=' in a key, an empty key).

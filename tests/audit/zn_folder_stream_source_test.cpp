@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/atomic_file.h"
 #include "platform/native_path.h"
 #include "support/temp_dir.h"
 
@@ -226,6 +227,47 @@ TEST_F(FolderStreamSourceTest, ReadOnlyStoreReadsButNeverChangesTheDisk) {
   }
   EXPECT_EQ(ReadWholeFile(File("trail.xml")), "sealed");
   EXPECT_EQ(List(source), Names({"trail.xml"}));
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(FolderStreamSourceTest, OutputStreamReplacesTheFileWholeOnFlush) {
+  ZnFolderStreamSource source(WindowsDir().c_str());
+  ASSERT_TRUE(Write(source, "trail.xml", "old content"));
+  std::unique_ptr<std::ostream> out(source.OpenOutputStream("trail.xml"));
+  ASSERT_TRUE(out);
+  *out << "new";
+  EXPECT_EQ(ReadWholeFile(File("trail.xml")), "old content");  // nothing half-written shows
+  out->flush();
+  EXPECT_TRUE(out->good());
+  EXPECT_EQ(ReadWholeFile(File("trail.xml")), "new");
+  *out << " and more";
+  out.reset();
+  EXPECT_EQ(ReadWholeFile(File("trail.xml")), "new and more");
+}
+
+TEST_F(FolderStreamSourceTest, FailedReplacementKeepsThePreviousFileAndSetsBadbit) {
+  ZnFolderStreamSource source(WindowsDir().c_str());
+  ASSERT_TRUE(Write(source, "trail.xml", "precious"));
+  std::unique_ptr<std::ostream> out(source.OpenOutputStream("trail.xml"));
+  ASSERT_TRUE(out);
+  *out << "replacement";
+  {
+    zenutl::platform::AtomicFileHooks full;
+    full.write = [](int, const void*, size_t) -> ssize_t {
+      errno = ENOSPC;
+      return -1;
+    };
+    zenutl::platform::ScopedAtomicFileHooks disk(full);
+    out->flush();
+    EXPECT_TRUE(out->bad());
+  }
+  out.reset();
+  EXPECT_EQ(ReadWholeFile(File("trail.xml")), "precious");
+  EXPECT_EQ(std::distance(fs::directory_iterator(Dir()), fs::directory_iterator()), 1)
+      << "a temporary file was left behind";
 }
 
 }  // namespace

@@ -3,386 +3,282 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cmath>
 #include <locale>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "config/memory_section.h"
+#include "support/temp_dir.h"
+#include "zenutl/ini_file_section.h"
 #include "zenutl/locales.h"
 
 namespace {
 
-using zenutl_test::MemorySection;
-
-// Switches both the C runtime's and the C++ global locale to a decimal-comma locale.
-class CommaLocaleScope {
- public:
-  CommaLocaleScope()
-      : runtime_(Locales::eDecimalComma),
-        previousGlobal_(std::locale::global(std::locale("de_DE.UTF-8"))) {}
-  ~CommaLocaleScope() { std::locale::global(previousGlobal_); }
-
- private:
-  Locales::SetDecimalSeparatorClass runtime_;
-  std::locale previousGlobal_;
+// The base class's typed operations, exercised on a real store: an INI file in a temp folder.
+class ConfigurationSectionTest : public zenutl_test::TempDirTest {
+ protected:
+  ConfigurationSectionTest() : section_(File("c.ini").c_str(), "s") {}
+  void Put(const char* key, const char* text) { ASSERT_TRUE(section_.WriteKey(key, text)); }
+  std::string Get(const char* key) const {
+    CString text("<missing>");
+    section_.ReadKey(key, text);
+    return text.str();
+  }
+  IniFileSection section_;
 };
 
-TEST(ConfigurationSection, ReadsOnlyExactlyZeroAsFalse) {
+// Both the C runtime's and the C++ global locale on a decimal comma for the scope.
+class CommaLocale {
+ public:
+  CommaLocale() : previous_(std::locale::global(std::locale("de_DE.UTF-8"))) {}
+  ~CommaLocale() { std::locale::global(previous_); }
+
+ private:
+  std::locale previous_;
+  Locales::SetDecimalSeparatorClass runtime_{Locales::eDecimalComma};
+};
+
+TEST_F(ConfigurationSectionTest, ReadsScalarsFromTheirText) {
+  const int kUntouched = 555;
   const struct {
     const char* text;
-    bool expected;
-  } rows[] = {{"0", false},    {"1", true},  {"", true},   {"0.0", true},
-              {"false", true}, {"00", true}, {" 0", true}, {"yes", true}};
+    bool boolean;  // only "0" is false
+    bool intOk;
+    int intValue;
+    bool realOk;  // the converted prefix is stored either way
+    double real;
+  } rows[] = {{"0", false, true, 0, true, 0},
+              {"1", true, true, 1, true, 1},
+              {"", true, true, 0, true, 0},
+              {"0.0", true, false, kUntouched, true, 0},
+              {"false", true, false, kUntouched, false, 0},
+              {"-7", true, true, -7, true, -7},
+              {"2,5", true, false, kUntouched, true, 2.5},
+              {"2.5x", true, false, kUntouched, false, 2.5},
+              {"1D5", true, false, kUntouched, false, 1},
+              {"1e5", true, false, kUntouched, true, 1e5},
+              {"abc", true, false, kUntouched, false, 0},
+              {"99999999999", true, true, INT_MAX, true, 99999999999.0},
+              {"-99999999999", true, true, INT_MIN, true, -99999999999.0}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.text);
-    MemorySection section;
-    section.Put("k", row.text);
-    bool value = !row.expected;
-    EXPECT_TRUE(section.ReadBool("k", value));
-    EXPECT_EQ(value, row.expected);
+    Put("k", row.text);
+    bool b = !row.boolean;
+    int i = kUntouched;
+    double d = kUntouched;
+    float f = kUntouched;
+    EXPECT_TRUE(section_.ReadBool("k", b));
+    EXPECT_EQ(b, row.boolean);
+    EXPECT_EQ(section_.ReadInt("k", i), row.intOk);
+    EXPECT_EQ(i, row.intValue);
+    EXPECT_EQ(section_.ReadDouble("k", d), row.realOk);
+    EXPECT_EQ(section_.ReadFloat("k", f), row.realOk);
+    EXPECT_DOUBLE_EQ(d, row.real);
+    EXPECT_FLOAT_EQ(f, static_cast<float>(row.real));
   }
-  MemorySection section;
-  bool untouched = true;
-  EXPECT_FALSE(section.ReadBool("absent", untouched));
-  EXPECT_TRUE(untouched);
+  bool b = true;
+  int i = 3;
+  EXPECT_FALSE(section_.ReadBool("absent", b) || section_.ReadInt("absent", i));
+  EXPECT_TRUE(b);
+  EXPECT_EQ(i, 3);
 }
 
-TEST(ConfigurationSection, ReadsIntOnlyWhenTheWholeTextConverts) {
-  const struct {
-    const char* text;
-    bool ok;
-    int expected;  // the value after the read; 555 means untouched
-  } rows[] = {{"42", true, 42},
-              {"-7", true, -7},
-              {" 5", true, 5},
-              {"5 ", false, 555},
-              {"12.5", false, 555},
-              {"0x10", false, 555},
-              {"abc", false, 555},
-              {"", true, 0},
-              {"2147483647", true, INT_MAX},
-              {"99999999999", true, INT_MAX},
-              {"-99999999999", true, INT_MIN}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.text);
-    MemorySection section;
-    section.Put("k", row.text);
-    int value = 555;
-    EXPECT_EQ(section.ReadInt("k", value), row.ok);
-    EXPECT_EQ(value, row.expected);
-  }
-}
-
-TEST(ConfigurationSection, ReadsFloatingPointWithEitherSeparatorKeepingThePrefix) {
-  const struct {
-    const char* text;
-    bool ok;
-    double expected;
-  } rows[] = {{"2.5", true, 2.5},  {"2,5", true, 2.5},   {"-0.125", true, -0.125},
-              {"1e5", true, 1e5},  {"2.5x", false, 2.5}, {"abc", false, 0.0},
-              {"1D5", false, 1.0}, {"", true, 0.0},      {"1.23457e+06", true, 1234570.0}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.text);
-    MemorySection section;
-    section.Put("k", row.text);
-    double d = 555;
-    float f = 555;
-    EXPECT_EQ(section.ReadDouble("k", d), row.ok);
-    EXPECT_EQ(section.ReadFloat("k", f), row.ok);
-    EXPECT_DOUBLE_EQ(d, row.expected);
-    EXPECT_FLOAT_EQ(f, static_cast<float>(row.expected));
-  }
-}
-
-TEST(ConfigurationSection, WritesFloatWithSixDigitsAndAPointInAnyLocale) {
-  const struct {
-    double value;
-    const char* text;
-  } rows[] = {{0.5, "0.5"}, {1234567.0, "1.23457e+06"}, {0.1, "0.1"},           {1e-7, "1e-07"},
-              {-3.0, "-3"}, {123456.0, "123456"},       {1.0 / 3.0, "0.333333"}};
-  for (int comma = 0; comma < 2; ++comma) {
-    std::unique_ptr<CommaLocaleScope> scope(comma ? new CommaLocaleScope : nullptr);
-    for (const auto& row : rows) {
-      SCOPED_TRACE(std::string(row.text) + (comma ? " under a comma locale" : ""));
-      MemorySection section;
-      EXPECT_TRUE(section.WriteFloat("k", row.value));
-      EXPECT_EQ(section.Get("k"), row.text);
+TEST_F(ConfigurationSectionTest, WritesNumbersInTheirFixedTextForms) {
+  const double doubles[] = {99, 1.5, 2, -0.25};  // [0] is never written
+  const float floats[] = {99, 1.5f, 2, -0.25f};
+  for (bool comma : {false, true}) {
+    SCOPED_TRACE(comma ? "comma locale" : "point locale");
+    std::unique_ptr<CommaLocale> scope(comma ? new CommaLocale : nullptr);
+    // Scalars: six significant digits with a point, whatever the locale.
+    const struct {
+      double value;
+      const char* text;
+    } scalars[] = {
+        {0.5, "0.5"}, {1234567.0, "1.23457e+06"}, {1e-7, "1e-07"}, {1.0 / 3, "0.333333"}};
+    for (const auto& row : scalars) {
+      ASSERT_TRUE(section_.WriteFloat("k", row.value));
+      EXPECT_EQ(Get("k"), row.text);
     }
+    // The std::vector<float> form follows the C runtime; the 1-based arrays keep the point.
+    section_.WriteFloatVector("vector", std::vector<float>{1.5f, 2, -0.25f});
+    section_.WriteDoubleVector("doubles", doubles, 3);
+    section_.WriteFloatVector("floats", floats, 2);
+    section_.WriteDoubleVector("zero", doubles, 0);
+    EXPECT_EQ(Get("vector"), comma ? "1,5;2;-0,25" : "1.5;2;-0.25");
+    EXPECT_EQ(Get("doubles"), "1.5;2;-0.25");
+    EXPECT_EQ(Get("floats"), "1.5;2");
+    EXPECT_EQ(Get("zero"), "1.5");
+    std::vector<float> back;
+    EXPECT_TRUE(section_.ReadFloatVector("vector", back));
+    EXPECT_EQ(back, (std::vector<float>{1.5f, 2, -0.25f}));
   }
+  section_.WriteIntVector("ints", {3, -1, 0});
+  section_.WriteBoolVector("bools", {true, false});
+  section_.WriteIntVector("none", {});
+  ASSERT_TRUE(section_.WriteBool("t", true) && section_.WriteInt("i", -12));
+  EXPECT_EQ(Get("ints") + "|" + Get("bools") + "|" + Get("none") + "|" + Get("t") + Get("i"),
+            "3;-1;0|1;0||1-12");
 }
 
-TEST(ConfigurationSection, VectorOfFloatFollowsTheRuntimeLocaleWhileArraysKeepThePoint) {
-  const std::vector<float> vector{1.5f, 2.0f, -0.25f};
-  const double doubles[] = {99.0, 1.5, 2.0, -0.25};  // [0] is never written
-  const float floats[] = {99.0f, 1.5f, 2.0f, -0.25f};
-  {
-    MemorySection section;
-    section.WriteFloatVector("vector", vector);
-    section.WriteDoubleVector("doubles", doubles, 3);
-    section.WriteFloatVector("floats", floats, 3);
-    EXPECT_EQ(section.Get("vector"), "1.5;2;-0.25");
-    EXPECT_EQ(section.Get("doubles"), "1.5;2;-0.25");
-    EXPECT_EQ(section.Get("floats"), "1.5;2;-0.25");
-  }
-  CommaLocaleScope comma;
-  MemorySection section;
-  section.WriteFloatVector("vector", vector);
-  section.WriteDoubleVector("doubles", doubles, 3);
-  section.WriteFloatVector("floats", floats, 3);
-  EXPECT_EQ(section.Get("vector"), "1,5;2;-0,25");
-  EXPECT_EQ(section.Get("doubles"), "1.5;2;-0.25");
-  EXPECT_EQ(section.Get("floats"), "1.5;2;-0.25");
-  // Both forms read back in either locale.
-  std::vector<float> back;
-  EXPECT_TRUE(section.ReadFloatVector("vector", back));
-  EXPECT_EQ(back, vector);
-}
-
-TEST(ConfigurationSection, ArrayWritesStartAtIndexOne) {
-  const double values[] = {7.0, 8.0, 9.0};
-  MemorySection section;
-  section.WriteDoubleVector("one", values, 1);
-  section.WriteDoubleVector("two", values, 2);
-  section.WriteDoubleVector("none", values, 0);  // still writes values[1]
-  EXPECT_EQ(section.Get("one"), "8");
-  EXPECT_EQ(section.Get("two"), "8;9");
-  EXPECT_EQ(section.Get("none"), "8");
-}
-
-TEST(ConfigurationSection, ArrayReadsFillFromIndexOneUpToNPlusOneValues) {
+TEST_F(ConfigurationSectionTest, ArrayReadsFillFromIndexOneUpToNPlusOneValues) {
   const struct {
     const char* text;
     int n;
-    int count;
-    std::vector<double> stored;  // out[1]..out[count]
-  } rows[] = {{"1;2;3;4", 2, 3, {1, 2, 3}},
-              {"1;2;3;4", 10, 4, {1, 2, 3, 4}},
-              {"1;2;3;4", 0, 1, {1}},
-              {"1;x;3", 5, 1, {1}},
-              {"x", 5, 0, {}},
-              {"", 5, 1, {0}},
-              {"1,5;2.5", 5, 2, {1.5, 2.5}},
-              {"1;;3", 5, 3, {1, 0, 3}}};
+    std::vector<double> stored;  // out[1]... ; the count is its size
+  } rows[] = {{"1;2;3;4", 2, {1, 2, 3}},
+              {"1;2;3;4", 9, {1, 2, 3, 4}},
+              {"1;2", 0, {1}},
+              {"1;x;3", 5, {1}},
+              {"x", 5, {}},
+              {"", 5, {0}},
+              {"1,5;2.5", 5, {1.5, 2.5}},
+              {"1;;3", 5, {1, 0, 3}}};
   for (const auto& row : rows) {
     SCOPED_TRACE(std::string(row.text) + " n=" + std::to_string(row.n));
-    MemorySection section;
-    section.Put("k", row.text);
-    std::vector<double> doubles(16, -1.0);
-    std::vector<float> floats(16, -1.0f);
-    EXPECT_EQ(section.ReadDoubleVector("k", doubles.data(), row.n), row.count);
-    EXPECT_EQ(section.ReadFloatVector("k", floats.data(), row.n), row.count);
-    EXPECT_EQ(doubles[0], -1.0);
-    for (int i = 0; i < row.count; ++i) {
-      EXPECT_EQ(doubles[i + 1], row.stored[i]);
-      EXPECT_EQ(floats[i + 1], static_cast<float>(row.stored[i]));
-    }
-    EXPECT_EQ(doubles[row.count + 1], -1.0) << "wrote past the values read";
+    Put("k", row.text);
+    std::vector<double> doubles(12, -1);
+    std::vector<float> floats(12, -1);
+    const int count = static_cast<int>(row.stored.size());
+    EXPECT_EQ(section_.ReadDoubleVector("k", doubles.data(), row.n), count);
+    EXPECT_EQ(section_.ReadFloatVector("k", floats.data(), row.n), count);
+    std::vector<double> expected(12, -1);
+    std::copy(row.stored.begin(), row.stored.end(), expected.begin() + 1);
+    EXPECT_EQ(doubles, expected);
+    EXPECT_EQ(std::vector<double>(floats.begin(), floats.end()), expected);
   }
-  MemorySection section;
-  double out[3] = {-1, -1, -1};
-  EXPECT_EQ(section.ReadDoubleVector("absent", out, 1), 0);
+  double out[2] = {-1, -1};
+  EXPECT_EQ(section_.ReadDoubleVector("absent", out, 1), 0);
   EXPECT_EQ(out[1], -1);
 }
 
-TEST(ConfigurationSection, VectorReadsStopAtTheFirstBadTokenAndKeepOldContentsForEmptyText) {
+TEST_F(ConfigurationSectionTest, VectorReadsStopAtABadTokenAndKeepOldContentsForEmptyText) {
   const struct {
     const char* text;
     std::vector<int> ints;
-  } rows[] = {{"1;2;x;4", {1, 2}}, {"7", {7}},          {"-1;0;12", {-1, 0, 12}},
-              {"x;1", {}},         {"1;;2", {1, 0, 2}}, {"1; 2;3 ", {1, 2}}};
+    std::vector<bool> bools;
+    std::vector<float> floats;
+  } rows[] = {{"1;2;x;4", {1, 2}, {true, true, true, true}, {1, 2}},
+              {"7", {7}, {true}, {7}},
+              {"1;;0", {1, 0, 0}, {true, true, false}, {1}},
+              {"x;1", {}, {true, true}, {}},
+              {"1,5;0", {}, {true, false}, {1.5f, 0}}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.text);
-    MemorySection section;
-    section.Put("k", row.text);
-    std::vector<int> values{9, 9, 9};
-    EXPECT_TRUE(section.ReadIntVector("k", values));
-    EXPECT_EQ(values, row.ints);
+    Put("k", row.text);
+    std::vector<int> ints{9};
+    std::vector<bool> bools{false};
+    std::vector<float> floats{9};
+    EXPECT_TRUE(section_.ReadIntVector("k", ints) && section_.ReadBoolVector("k", bools) &&
+                section_.ReadFloatVector("k", floats));
+    EXPECT_EQ(ints, row.ints);
+    EXPECT_EQ(bools, row.bools);
+    EXPECT_EQ(floats, row.floats);
   }
-  MemorySection section;
-  section.Put("empty", "");
-  std::vector<int> ints{9, 9, 9};
-  std::vector<bool> bools{true};
-  std::vector<float> floats{9.0f};
-  EXPECT_TRUE(section.ReadIntVector("empty", ints));
-  EXPECT_TRUE(section.ReadBoolVector("empty", bools));
-  EXPECT_TRUE(section.ReadFloatVector("empty", floats));
-  EXPECT_EQ(ints, (std::vector<int>{9, 9, 9}));
-  EXPECT_EQ(bools, (std::vector<bool>{true}));
-  EXPECT_EQ(floats, (std::vector<float>{9.0f}));
-  EXPECT_FALSE(section.ReadIntVector("absent", ints));
-  EXPECT_FALSE(section.ReadBoolVector("absent", bools));
-  EXPECT_FALSE(section.ReadFloatVector("absent", floats));
-  EXPECT_EQ(ints.size(), 3u);
-
-  section.Put("bools", "1;0;yes;;0");
-  EXPECT_TRUE(section.ReadBoolVector("bools", bools));
-  EXPECT_EQ(bools, (std::vector<bool>{true, false, true, true, false}));
-  section.Put("floats", "1.5;;2");
-  EXPECT_TRUE(section.ReadFloatVector("floats", floats));
-  EXPECT_EQ(floats, (std::vector<float>{1.5f}));
+  Put("empty", "");
+  std::vector<int> ints{9, 9};
+  EXPECT_TRUE(section_.ReadIntVector("empty", ints));
+  EXPECT_FALSE(section_.ReadIntVector("absent", ints));
+  EXPECT_EQ(ints, (std::vector<int>{9, 9}));
 }
 
-TEST(ConfigurationSection, TypedValuesRoundTripThroughTheirText) {
-  MemorySection section;
-  EXPECT_TRUE(section.WriteBool("bool", true));
-  EXPECT_TRUE(section.WriteInt("int", -123456));
-  section.WriteIntVector("ints", {3, -1, 0});
-  section.WriteBoolVector("bools", {true, false, true});
-  section.WriteIntVector("noInts", {});
-  EXPECT_EQ(section.Get("bool"), "1");
-  EXPECT_EQ(section.Get("int"), "-123456");
-  EXPECT_EQ(section.Get("ints"), "3;-1;0");
-  EXPECT_EQ(section.Get("bools"), "1;0;1");
-  EXPECT_EQ(section.Get("noInts"), "");
-  bool b = false;
-  int i = 0;
-  std::vector<int> ints;
-  std::vector<bool> bools;
-  EXPECT_TRUE(section.ReadBool("bool", b));
-  EXPECT_TRUE(section.ReadInt("int", i));
-  EXPECT_TRUE(section.ReadIntVector("ints", ints));
-  EXPECT_TRUE(section.ReadBoolVector("bools", bools));
-  EXPECT_TRUE(b);
-  EXPECT_EQ(i, -123456);
-  EXPECT_EQ(ints, (std::vector<int>{3, -1, 0}));
-  EXPECT_EQ(bools, (std::vector<bool>{true, false, true}));
-  EXPECT_EQ(section.store().narrowWrites, 5);
-  EXPECT_EQ(section.store().wideWrites, 0);
-}
-
-TEST(ConfigurationSection, StringListsSplitOnEverySeparatorWithoutEscaping) {
+TEST_F(ConfigurationSectionTest, StringListsSplitOnEverySeparatorWithoutEscaping) {
   const struct {
     const char* text;
     char separator;
     std::vector<std::string> items;
-  } rows[] = {{"a;;", ';', {"a", "", ""}},
-              {"a|b;c", '|', {"a", "b;c"}},
-              {";", ';', {"", ""}},
-              {"one", ',', {"one"}},
-              {"", ';', {}}};
+  } rows[] = {{"a;;", ';', {"a", "", ""}}, {"a|b;c", '|', {"a", "b;c"}}, {"", ';', {}}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.text);
-    MemorySection section;
-    section.Put("k", row.text);
+    Put("k", row.text);
     std::vector<CString> list{"stale"};
     std::vector<std::string> stdList{"stale"};
-    EXPECT_EQ(section.ReadStringVector("k", list, row.separator),
-              static_cast<int>(row.items.size()));
+    const int count = static_cast<int>(row.items.size());
+    EXPECT_EQ(section_.ReadStringVector("k", list, row.separator), count);
     EXPECT_EQ(
-        ConfigurationSectionUtilities::ReadStringVector(&section, "k", stdList, row.separator),
-        static_cast<int>(row.items.size()));
-    ASSERT_EQ(list.size(), row.items.size());
-    for (std::size_t i = 0; i < list.size(); ++i) EXPECT_EQ(list[i].str(), row.items[i]);
+        ConfigurationSectionUtilities::ReadStringVector(&section_, "k", stdList, row.separator),
+        count);
     EXPECT_EQ(stdList, row.items);
-    // Writing the pieces back gives the same text.
-    MemorySection copy;
-    EXPECT_TRUE(copy.WriteStringVector("k", list, row.separator));
-    EXPECT_EQ(copy.Get("k"), row.text);
+    ASSERT_EQ(list.size(), row.items.size());
+    EXPECT_TRUE(section_.WriteStringVector("a", list, row.separator));
     EXPECT_TRUE(
-        ConfigurationSectionUtilities::WriteStringVector(&copy, "std", stdList, row.separator));
-    EXPECT_EQ(copy.Get("std"), row.text);
+        ConfigurationSectionUtilities::WriteStringVector(&section_, "b", stdList, row.separator));
+    EXPECT_EQ(Get("a") + "|" + Get("b"), std::string(row.text) + "|" + row.text);
   }
-  MemorySection section;
   std::vector<CString> untouched{"x"};
-  EXPECT_EQ(section.ReadStringVector("absent", untouched, ';'), 0);
+  EXPECT_EQ(section_.ReadStringVector("absent", untouched, ';'), 0);
   EXPECT_EQ(untouched.size(), 1u);
 }
 
-TEST(ConfigurationSection, ReadsIntoACharBufferWithTheTerminatorAfterSizeCharacters) {
-  MemorySection section;
-  section.Put("k", "hello");
-  const struct {
-    unsigned int size;
-    const char* expected;
-  } rows[] = {{3, "hel"}, {5, "hello"}, {10, "hello"}, {0, ""}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.size);
-    char buffer[16];
-    std::fill(buffer, buffer + sizeof(buffer), 'z');
-    EXPECT_TRUE(section.ReadKey("k", buffer, row.size));
-    EXPECT_STREQ(buffer, row.expected);
+TEST_F(ConfigurationSectionTest, ReadsIntoACharBufferWithTheTerminatorAfterSizeCharacters) {
+  Put("k", "hello");
+  for (unsigned int size : {0u, 3u, 5u, 9u}) {
+    char buffer[12] = "zzzzzzzzzzz";
+    EXPECT_TRUE(section_.ReadKey("k", buffer, size));
+    EXPECT_EQ(std::string(buffer), std::string("hello").substr(0, size));
   }
   char buffer[4] = "abc";
-  EXPECT_FALSE(section.ReadKey("absent", buffer, 3));
-  EXPECT_STREQ(buffer, "abc");
   std::string text = "kept";
-  EXPECT_FALSE(section.ReadKey("absent", text));
-  EXPECT_EQ(text, "kept");
-  EXPECT_TRUE(section.ReadKey("k", text));
-  EXPECT_EQ(text, "hello");
+  EXPECT_FALSE(section_.ReadKey("absent", buffer, 3) || section_.ReadKey("absent", text));
+  EXPECT_EQ(std::string(buffer) + text, "abckept");
 }
 
-TEST(ConfigurationSection, StdStringWritesGoNarrowAndWideStringWritesGoWide) {
-  MemorySection section;
-  EXPECT_TRUE(section.WriteKey("n", std::string("text")));
-  EXPECT_TRUE(section.WriteKey("w", std::wstring(L"gr\u00fc\u00dfe")));
-  EXPECT_EQ(section.store().narrowWrites, 1);
-  EXPECT_EQ(section.store().wideWrites, 1);
-  EXPECT_EQ(section.Get("w"),
-            "gr\xc3\xbc\xc3\x9f"
-            "e");
-}
+// A store with sub-sections on top of the INI store: "a/b" is the section named so.
+class PathSection : public IniFileSection {
+ public:
+  using IniFileSection::IniFileSection;
+  ConfigurationSection* Copy() const override { return new PathSection(*this); }
+  bool ChangeSubSection(const char* name, int index) override {
+    if (!HasSection(Child(name, index).c_str(), 0)) return false;
+    ChangeSection(Child(name, index).c_str());
+    return true;
+  }
+  bool ChangeSubSection(const char* name) override { return ChangeSubSection(name, 0); }
+  ConfigurationSection* CreateSubSection(const char* name, int index) const override {
+    std::unique_ptr<PathSection> child(new PathSection(*this));
+    child->ChangeSection(Child(name, index).c_str());
+    return child->WriteKey("created", "1") ? child.release() : nullptr;
+  }
+  ConfigurationSection* CreateSubSection(const char* name) const override {
+    return CreateSubSection(name, 0);
+  }
+  bool SupportsSubSections() const override { return true; }
 
-TEST(ConfigurationSection, CopyAndChangeLeavesTheOriginalWhereItWas) {
-  MemorySection section;
-  std::unique_ptr<ConfigurationSection> child(section.CreateSubSection("child"));
-  std::unique_ptr<ConfigurationSection> moved(section.CopyAndChangeSection("/other"));
-  ASSERT_TRUE(moved);
-  EXPECT_EQ(static_cast<MemorySection*>(moved.get())->path(), "/other");
-  EXPECT_EQ(section.path(), "");
+ private:
+  std::string Child(const char* name, int index) const {
+    return std::string(CurrentSection()) + "/" + name + (index ? "#" + std::to_string(index) : "");
+  }
+};
 
-  EXPECT_EQ(section.CopyAndChangeSubSection("missing"), nullptr);
-  EXPECT_EQ(section.CopyAndChangeSubSection("missing", 2), nullptr);
-  EXPECT_EQ(section.path(), "");
-  std::unique_ptr<ConfigurationSection> found(section.CopyAndChangeSubSection("child"));
-  ASSERT_TRUE(found);
-  EXPECT_EQ(static_cast<MemorySection*>(found.get())->path(), "/child");
-  EXPECT_EQ(section.path(), "");
-}
-
-TEST(ConfigurationSection, BaseRefusesToCountOrListChildren) {
-  MemorySection section;
-  EXPECT_EQ(section.NumSubSections("x"), -1);
-  EXPECT_EQ(section.GetAllSubSections("x"), nullptr);
-}
-
-TEST(ConfigurationSectionUtilities, CreatesNestedSectionsAlongAPath) {
-  MemorySection root;
+TEST_F(ConfigurationSectionTest, PathHelpersAndCopiesLeaveTheOriginalCursorAlone) {
+  PathSection root(File("tree.ini").c_str(), "root");
   std::unique_ptr<ConfigurationSection> leaf(
       ConfigurationSectionUtilities::CreateSubSection(&root, "a/b/c"));
   ASSERT_TRUE(leaf);
-  EXPECT_EQ(static_cast<MemorySection*>(leaf.get())->path(), "/a/b/c");
-  EXPECT_EQ(root.path(), "");
-  EXPECT_EQ(root.store().sections.count("/a"), 1u);
-  EXPECT_EQ(root.store().sections.count("/a/b"), 1u);
-
+  EXPECT_STREQ(static_cast<PathSection*>(leaf.get())->CurrentSection(), "root/a/b/c");
   std::unique_ptr<ConfigurationSection> unnamed(
       ConfigurationSectionUtilities::CreateSubSection(&root, ""));
-  ASSERT_TRUE(unnamed);
-  EXPECT_EQ(static_cast<MemorySection*>(unnamed.get())->path(), "/");
-}
-
-TEST(ConfigurationSectionUtilities, HasSubSectionWalksEveryComponentWithTheSameIndex) {
-  MemorySection root;
-  delete ConfigurationSectionUtilities::CreateSubSection(&root, "a/b");
+  EXPECT_STREQ(static_cast<PathSection*>(unnamed.get())->CurrentSection(), "root/");
   delete root.CreateSubSection("x", 1);
-  std::unique_ptr<ConfigurationSection> x(root.CopyAndChangeSubSection("x", 1));
-  ASSERT_TRUE(x);
-  delete x->CreateSubSection("y", 1);
   const struct {
     const char* path;
     int index;
     bool expected;
-  } rows[] = {{"a", 0, true}, {"a/b", 0, true}, {"a/b/c", 0, false}, {"b", 0, false},
-              {"", 0, true},  {"x/y", 1, true}, {"x/y", 0, false},   {"a/b", 1, false}};
+  } rows[] = {{"a/b", 0, true}, {"a/b/c/d", 0, false}, {"b", 0, false},
+              {"", 0, true},    {"x", 1, true},        {"a", 1, false}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.path);
     EXPECT_EQ(ConfigurationSectionUtilities::HasSubSection(&root, row.path, row.index),
               row.expected);
-    EXPECT_EQ(root.path(), "");
   }
+  EXPECT_EQ(root.CopyAndChangeSubSection("missing"), nullptr);
+  std::unique_ptr<ConfigurationSection> found(root.CopyAndChangeSubSection("x", 1));
+  std::unique_ptr<ConfigurationSection> other(root.CopyAndChangeSection("elsewhere"));
+  ASSERT_TRUE(found && other);
+  EXPECT_STREQ(static_cast<PathSection*>(found.get())->CurrentSection(), "root/x#1");
+  EXPECT_STREQ(static_cast<PathSection*>(other.get())->CurrentSection(), "elsewhere");
+  EXPECT_STREQ(root.CurrentSection(), "root");
+  EXPECT_EQ(root.NumSubSections("a"), -1);
+  EXPECT_EQ(root.GetAllSubSections("a"), nullptr);
 }
 
 }  // namespace
