@@ -17,6 +17,7 @@
 #include "zenutl/fn_class.h"
 #include "zenutl/istream_input_source.h"
 #include "zenutl/path_functions.h"
+#include "zenutl/rolling_checksum.h"
 #include "zenutl/user_comm.h"
 #include "zenutl/write_xml_file.h"
 #include "zenutl/zn_file.h"
@@ -81,13 +82,16 @@ bool WriteDocumentText(const DOMNode* node, std::string& text) {
 
 bool AuditTrail::VerifySignature(CString* message) {
   if (mSettings.GetLogLevel() < 1) return true;
-  const int count = RootChildCount(*mDocument) - (mDocument->session ? 1 : 0);
+  // Newest closed session first, stepping back through the siblings: a DOM child list finds its
+  // n-th item by walking from the first child, so indexing it would make the check quadratic in the
+  // number of sessions. The open session, when there is one, is the root's last child.
+  const DOMElement* root = mDocument->GetRoot();
+  const DOMNode* newestClosed = root ? root->getLastChild() : nullptr;
+  if (newestClosed && mDocument->session) newestClosed = newestClosed->getPreviousSibling();
   int mismatches = 0;
   CString stored;
-  for (int index = count - 1; index >= 0; --index) {
-    const CString computed = ComputeSessionSignature(false, index);
-    const DOMNode* session = RootChildAt(*mDocument, index);
-    if (!session) return true;
+  for (const DOMNode* session = newestClosed; session; session = session->getPreviousSibling()) {
+    const CString computed = RollingChecksum::ComputeSignature(session);
     const DOMNode* last = session->getLastChild();
     if (!IsElementNamed(last, "CheckSum")) {
       ++mismatches;

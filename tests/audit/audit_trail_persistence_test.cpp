@@ -198,6 +198,36 @@ TEST_F(AuditTrailPersistence, FindingIsRecordedInTheOpenSessionAndToldToTheUser)
   EXPECT_STREQ(again, finding);
 }
 
+// An emptied "CheckSum" is compared with the value read last, and the check runs from the newest
+// session back: with two identical sessions, emptying the older one's value goes unnoticed,
+// emptying the newer one's does not.
+TEST_F(AuditTrailPersistence, EmptiedCheckSumReusesTheValueOfTheNewerSession) {
+  const std::string path = RecordTrail(1);
+  const std::string text = ReadWholeFile(path);
+  std::smatch session;
+  ASSERT_TRUE(std::regex_search(text, session, std::regex("<Session .*?</Session>")));
+  const std::string emptied =
+      std::regex_replace(session.str(), std::regex(">[0-9a-f]+</CheckSum>"), "></CheckSum>");
+  ASSERT_NE(emptied, session.str());
+  const std::size_t at = static_cast<std::size_t>(session.position(0));
+  const std::size_t length = static_cast<std::size_t>(session.length(0));
+  struct Row {
+    const char* what;
+    std::string sessions;
+    bool verified;
+  } rows[] = {{"older emptied", emptied + session.str(), true},
+              {"newer emptied", session.str() + emptied, false}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    WriteWholeFile(path, std::string(text).replace(at, length, row.sessions));
+    CString message;
+    EXPECT_EQ(VerifyFile(path, &message), row.verified);
+    if (!row.verified) {
+      EXPECT_NE(message.Find("for 1 of"), -1);
+    }
+  }
+}
+
 TEST_F(AuditTrailPersistence, SessionWithoutCheckSumIsAMismatch) {
   const std::string path = File("open.xml");
   {
