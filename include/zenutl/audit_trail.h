@@ -20,6 +20,7 @@
 #define ZENUTL_AUDIT_TRAIL_H_
 
 #include <boost/function.hpp>
+#include <boost/shared_ptr.hpp>
 #include <boost/signals2/last_value.hpp>
 #include <boost/signals2/signal.hpp>
 #include <functional>
@@ -54,7 +55,8 @@ class AuditTrail {
   // Fires msAuditTrailDeleting first. Does not reset the current instance.
   virtual ~AuditTrail();
 
-  // Shallow on purpose: both trails then share one document record. Use CopyContent for a copy.
+  // Shallow on purpose: both trails then share one document record, and what one records the
+  // other sees. The record lives while either trail does. Use CopyContent for a real copy.
   AuditTrail& operator=(const AuditTrail& other);
   AuditTrail(const AuditTrail&) = delete;
 
@@ -123,11 +125,10 @@ class AuditTrail {
   static CallbackFunction smCallbackFun;
 
  private:
-  void DisposeDocument();
   void ResetDocument();
   bool HasStore() const;
 
-  AuditTrailDocument* mDocument;
+  boost::shared_ptr<AuditTrailDocument> mDocument;
   CString mFileName;
   CString mProject;
   bool mModified = false;

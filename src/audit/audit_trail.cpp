@@ -69,9 +69,23 @@ void StampDateAndUtc(DOMElement* element) {
 
 }  // namespace
 
-AuditTrailDocument* CreateAuditTrailDocument() {
-  auto* record = new AuditTrailDocument;
+namespace {
+
+void DestroyAuditTrailDocument(AuditTrailDocument* record) {
+  if (record->parser) {
+    delete record->parser;
+  } else if (record->document) {
+    record->document->release();
+  }
+  delete record;
+  XMLPlatformUtils::Terminate();
+}
+
+}  // namespace
+
+boost::shared_ptr<AuditTrailDocument> CreateAuditTrailDocument() {
   XMLPlatformUtils::Initialize();
+  boost::shared_ptr<AuditTrailDocument> record(new AuditTrailDocument, DestroyAuditTrailDocument);
   try {
     DOMImplementation* implementation =
         DOMImplementationRegistry::getDOMImplementation(XmlText("Core"));
@@ -85,17 +99,6 @@ AuditTrailDocument* CreateAuditTrailDocument() {
     // The document stands as far as it was built.
   }
   return record;
-}
-
-void DestroyAuditTrailDocument(AuditTrailDocument* record) {
-  if (!record) return;
-  if (record->parser) {
-    delete record->parser;
-  } else if (record->document) {
-    record->document->release();
-  }
-  delete record;
-  XMLPlatformUtils::Terminate();
 }
 
 int RootChildCount(const AuditTrailDocument& record) {
@@ -140,12 +143,11 @@ AuditTrail::AuditTrail(ZnStreamSource* source, const char* folder, const char* f
 
 AuditTrail::~AuditTrail() {
   msAuditTrailDeleting(this);
-  DisposeDocument();
 }
 
 AuditTrail& AuditTrail::operator=(const AuditTrail& other) {
   if (this == &other) return *this;
-  mDocument = other.mDocument;  // shared, and this trail's old record is abandoned
+  mDocument = other.mDocument;  // shared on purpose: see the header
   mFileName = other.mFileName;
   mProject = other.mProject;
   mModified = other.mModified;
@@ -238,6 +240,7 @@ void AuditTrail::AddEvent(const char* message, const char* details, AuditTrail* 
   try {
     DOMDocument* document = mDocument->GetDocument();
     DOMElement* events = FindChildElement(mDocument->session, "Events");
+    if (!events) return;  // a session damaged by hand: nothing to record into
     DOMElement* event = document->createElement(XmlText("Event"));
     StampDateAndUtc(event);
     events->appendChild(event);
@@ -249,7 +252,7 @@ void AuditTrail::AddEvent(const char* message, const char* details, AuditTrail* 
     }
     if (subTrail) {
       DOMElement* nested = FindChildElement(subTrail->mDocument->session, "Events");
-      event->appendChild(document->importNode(nested, true));
+      if (nested) event->appendChild(document->importNode(nested, true));
     }
     DeleteCheckSum();
     mModified = true;
@@ -329,13 +332,9 @@ CString AuditTrail::GetFileName() const {
   return ZnPathAppend(mFolder, mFileName);
 }
 
-void AuditTrail::DisposeDocument() {
-  DestroyAuditTrailDocument(mDocument);
-  mDocument = nullptr;
-}
-
 void AuditTrail::ResetDocument() {
-  DisposeDocument();
+  // The new record is made before the old one goes, so the XML platform is never shut down and
+  // started again in between.
   mDocument = CreateAuditTrailDocument();
 }
 

@@ -5,6 +5,8 @@
 
 #include <xercesc/dom/DOM.hpp>
 
+#include <boost/shared_ptr.hpp>
+
 #include "config/guarded_dom_parser.h"
 
 struct AuditTrailDocument {
@@ -26,10 +28,9 @@ namespace zenutl {
 namespace audit {
 
 // Allocates a record, initialises the XML platform for its lifetime and builds the initial
-// document: the stylesheet instruction and the "AuditTrail" root.
-AuditTrailDocument* CreateAuditTrailDocument();
-// Frees the parser or the owned document, the record, and the record's hold on the platform.
-void DestroyAuditTrailDocument(AuditTrailDocument* record);
+// document: the stylesheet instruction and the "AuditTrail" root. The last owner to let go
+// frees the parser or the owned document and the record's hold on the platform.
+boost::shared_ptr<AuditTrailDocument> CreateAuditTrailDocument();
 
 // The root's child at `index` (elements and all), or null.
 xercesc::DOMNode* RootChildAt(const AuditTrailDocument& record, int index);

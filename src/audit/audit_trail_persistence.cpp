@@ -50,13 +50,17 @@ CString FirstCharacterOf(const XMLCh* message) {
   return text;
 }
 
-// Text of a closed session's last event message, or null when the walk finds no such node.
-const XMLCh* LastEventMessage(const DOMNode* session) {
+// The first child of a closed session's last event (its message text), found by walking back
+// from the session's last child ("CheckSum") to "Events" and its last "Event". False when the
+// walk breaks off before the event; `message` is then untouched, and it is null when the event
+// has no text at all.
+bool FindLastEventMessage(const DOMNode* session, const DOMNode*& message) {
   const DOMNode* checkSum = session->getLastChild();
   const DOMNode* events = checkSum ? checkSum->getPreviousSibling() : nullptr;
   const DOMNode* lastEvent = events ? events->getLastChild() : nullptr;
-  const DOMNode* message = lastEvent ? lastEvent->getFirstChild() : nullptr;
-  return message ? message->getNodeValue() : nullptr;
+  if (!lastEvent) return false;
+  message = lastEvent->getFirstChild();
+  return true;
 }
 
 // A parser hardened against documents that reach for the network or expand without bound.
@@ -158,9 +162,9 @@ void AuditTrail::LoadAndUpdateLogEventsFromData() {
   Load();
   const DOMNode* session = RootChildAt(*mDocument, LastClosedSessionIndex(*mDocument));
   if (!session || !session->hasChildNodes()) return;
-  const XMLCh* message = LastEventMessage(session);
-  if (!message) return;
-  const CString text = ToCString(message);
+  const DOMNode* message = nullptr;
+  if (!FindLastEventMessage(session, message)) return;
+  const CString text = message ? ToCString(message->getNodeValue()) : CString();
   if (text != "The Audit Trail is currently OFF." && text != "Audit Trail turned off.") {
     mSettings.SetLogEvents(1);
   }

@@ -190,8 +190,8 @@ std::ostream* ZnFolderStreamSource::OpenWriting(const char* name, bool append) {
   // A new stream's text replaces the file as a whole when the stream is flushed or deleted, so
   // a write that fails part-way never leaves a truncated stream behind.
   if (!append) return new zenutl::platform::ReplacingFileStream(path);
-  std::unique_ptr<std::ofstream> stream(new std::ofstream(path, std::ios::out | std::ios::binary |
-                                                                  std::ios::app));
+  std::unique_ptr<std::ofstream> stream(
+      new std::ofstream(path, std::ios::out | std::ios::binary | std::ios::app));
   return stream->is_open() ? stream.release() : nullptr;
 }
 

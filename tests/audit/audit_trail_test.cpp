@@ -310,3 +310,20 @@ TEST(AuditTrail, GetFileNameJoinsFolderOnlyForStreamSources) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(AuditTrail, AssignmentSharesTheDocument) {
+  AuditTrail first;
+  first.BeginSession();
+  {
+    AuditTrail second;
+    second = first;
+    second.AddEvent("seen by both", "", nullptr);
+    EXPECT_EQ(SavedText(first), SavedText(second));
+  }
+  first.AddEvent("after the other went", "", nullptr);
+  EXPECT_EQ(CountOf(SavedText(first), "<Event "), 2);
+}
+
+}  // namespace
