@@ -8,7 +8,6 @@
 #include <cstring>
 #include <cwchar>
 #include <memory>
-#include <random>
 
 #include "file/file_io.h"
 #include "file/split_path.h"
@@ -90,16 +89,6 @@ class TextModeReader {
   std::size_t mLength = 0;
   bool mFailed = false;
 };
-
-// A name beside `target` for writing a copy before it takes the target's place.
-std::string SiblingTempName(const std::string& target) {
-  static thread_local std::mt19937 random{std::random_device{}()};
-  const std::size_t slash = target.find_last_of("\\/");
-  const std::size_t nameStart = slash == std::string::npos ? 0 : slash + 1;
-  char suffix[16];
-  std::snprintf(suffix, sizeof(suffix), ".%08x~", static_cast<unsigned int>(random()));
-  return target.substr(0, nameStart) + "." + target.substr(nameStart) + suffix;
-}
 
 }  // namespace
 
@@ -230,12 +219,7 @@ bool ZnCopyFile(const char* from, const char* to, bool failIfExists) {
   if (replacing && S_ISDIR(existing.st_mode)) return false;
 
   std::string temporary;
-  int fd = -1;
-  for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
-    temporary = SiblingTempName(target);
-    fd = platform::OpenPath(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666);
-    if (fd < 0 && errno != EEXIST) return false;
-  }
+  const int fd = platform::CreateTemporaryBesidePath(target.c_str(), temporary);
   if (fd < 0) return false;
   FileDescriptor copy(fd);
   // An existing file keeps its permissions, as it would if written in place.

@@ -10,32 +10,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <mutex>
 #include <utility>
+
+#include "platform/file_calls.h"
 
 namespace zenutl {
 namespace platform {
 namespace {
-
-std::mutex& HooksMutex() {
-  static std::mutex mutex;
-  return mutex;
-}
-
-AtomicFileHooks& InstalledHooks() {
-  static AtomicFileHooks hooks = SystemAtomicFileHooks();
-  return hooks;
-}
-
-AtomicFileHooks CurrentHooks() {
-  std::lock_guard<std::mutex> lock(HooksMutex());
-  AtomicFileHooks hooks = InstalledHooks();
-  const AtomicFileHooks system = SystemAtomicFileHooks();
-  if (!hooks.write) hooks.write = system.write;
-  if (!hooks.fsync) hooks.fsync = system.fsync;
-  if (!hooks.rename) hooks.rename = system.rename;
-  return hooks;
-}
 
 std::string SystemError(const std::string& what, int error) {
   return what + ": " + std::strerror(error);
@@ -61,41 +42,18 @@ std::string FolderOf(const std::string& path) {
   return path.substr(0, slash);
 }
 
-// Creates an exclusive, hidden temporary beside `target`; the umask applies to 0666 as for any
-// new file. Answers the descriptor or -1 with errno set.
-int CreateTemporaryBeside(const std::string& target, std::string& temporary) {
-  static std::atomic<unsigned> counter(0);
-  const std::string::size_type slash = target.rfind('/');
-  const std::string folder = slash == std::string::npos ? "" : target.substr(0, slash + 1);
-  const std::string name = slash == std::string::npos ? target : target.substr(slash + 1);
-  for (int attempt = 0; attempt < 100; ++attempt) {
-    temporary = folder + "." + name + ".tmp." + std::to_string(::getpid()) + "." +
-                std::to_string(counter.fetch_add(1)) + "." + std::to_string(attempt);
-    const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (fd >= 0 || errno != EEXIST) return fd;
+bool WriteBytes(int fd, const std::string& bytes, const std::string& temporary,
+                std::string* error) {
+  WriteProgress progress;
+  if (WriteAll(fd, bytes.data(), bytes.size(), &progress)) return true;
+  const int failure = errno;
+  if (progress.stalled) {
+    SetError(error, "write of '" + temporary + "' failed: no bytes written (short write)");
+  } else {
+    SetError(error, SystemError("write of '" + temporary + "' failed", failure));
   }
-  errno = EEXIST;
-  return -1;
-}
-
-bool WriteAll(const AtomicFileHooks& hooks, int fd, const std::string& bytes,
-              const std::string& temporary, std::string* error) {
-  std::size_t done = 0;
-  while (done < bytes.size()) {
-    const ssize_t written = hooks.write(fd, bytes.data() + done, bytes.size() - done);
-    if (written < 0) {
-      if (errno == EINTR) continue;
-      SetError(error, SystemError("write of '" + temporary + "' failed", errno));
-      return false;
-    }
-    if (written == 0) {
-      errno = EIO;
-      SetError(error, "write of '" + temporary + "' failed: no bytes written (short write)");
-      return false;
-    }
-    done += static_cast<std::size_t>(written);
-  }
-  return true;
+  errno = failure;
+  return false;
 }
 
 // Gives the new file a modification time later than the file it replaces, to the nanosecond.
@@ -121,24 +79,26 @@ void StampLaterThan(int fd, const struct stat* replaced) {
 void SyncFolder(const std::string& folder) {
   const int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) return;
-  ::fsync(fd);  // Some file systems refuse this for folders; the rename has happened anyway.
+  Fsync(fd);  // Some file systems refuse this for folders; the rename has happened anyway.
   ::close(fd);
 }
 
 }  // namespace
 
-AtomicFileHooks SystemAtomicFileHooks() {
-  AtomicFileHooks hooks;
-  hooks.write = [](int fd, const void* data, size_t size) { return ::write(fd, data, size); };
-  hooks.fsync = [](int fd) { return ::fsync(fd); };
-  hooks.rename = [](const char* from, const char* to) { return ::rename(from, to); };
-  return hooks;
-}
-
-AtomicFileHooks SetAtomicFileHooks(AtomicFileHooks hooks) {
-  std::lock_guard<std::mutex> lock(HooksMutex());
-  std::swap(InstalledHooks(), hooks);
-  return hooks;
+int CreateTemporaryBeside(const std::string& nativeTarget, std::string& temporary) {
+  static std::atomic<unsigned> counter(0);
+  const std::string::size_type slash = nativeTarget.rfind('/');
+  const std::string folder = slash == std::string::npos ? "" : nativeTarget.substr(0, slash + 1);
+  const std::string name =
+      slash == std::string::npos ? nativeTarget : nativeTarget.substr(slash + 1);
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    temporary = folder + "." + name + ".tmp." + std::to_string(::getpid()) + "." +
+                std::to_string(counter.fetch_add(1)) + "." + std::to_string(attempt);
+    const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd >= 0 || errno != EEXIST) return fd;
+  }
+  errno = EEXIST;
+  return -1;
 }
 
 bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes,
@@ -147,7 +107,6 @@ bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes
     SetError(error, SystemError("cannot write a file with an empty name", ENOENT));
     return false;
   }
-  const AtomicFileHooks hooks = CurrentHooks();
   const std::string target = ReplacementTarget(nativePath);
   struct stat replaced;
   const bool hadFile = ::stat(target.c_str(), &replaced) == 0;
@@ -163,12 +122,12 @@ bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes
     failure = errno;
     SetError(error, SystemError("cannot set the permissions of '" + temporary + "'", failure));
   }
-  if (failure == 0 && !WriteAll(hooks, fd, bytes, temporary, error)) {
-    failure = errno != 0 ? errno : EIO;
+  if (failure == 0 && !WriteBytes(fd, bytes, temporary, error)) {
+    failure = errno;
   }
   if (failure == 0) {
     StampLaterThan(fd, hadFile ? &replaced : nullptr);
-    if (hooks.fsync(fd) != 0) {
+    if (Fsync(fd) != 0) {
       failure = errno;
       SetError(error, SystemError("fsync of '" + temporary + "' failed", failure));
     }
@@ -181,13 +140,13 @@ bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes
     failure = errno;
     SetError(error, SystemError("close of '" + temporary + "' failed", failure));
   }
-  if (failure == 0 && hooks.rename(temporary.c_str(), target.c_str()) != 0) {
+  if (failure == 0 && Rename(temporary.c_str(), target.c_str()) != 0) {
     failure = errno;
     SetError(error,
              SystemError("rename of '" + temporary + "' to '" + target + "' failed", failure));
   }
   if (failure != 0) {
-    ::unlink(temporary.c_str());
+    Unlink(temporary.c_str());
     errno = failure;
     return false;
   }

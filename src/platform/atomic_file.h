@@ -5,8 +5,9 @@
 // either the old file, whole, or the new one, whole. Settings files and audit trails are written
 // this way so that a full disk or a crash mid-write never costs the user what was there before.
 //
-// The system calls that can fail half-way (write, fsync, rename) go through replaceable hooks, so
-// that tests can simulate a full disk, short writes and a refused rename on real files.
+// The system calls that can fail half-way (write, fsync, rename) go through the replaceable
+// table of file_calls.h, so that tests can simulate a full disk, short writes, a failed flush
+// and a refused rename on real files.
 //
 // Error contract: nothing throws; a failure answers false, leaves the target as it was, removes
 // the temporary file, and describes the failure with the system's own error text.
@@ -16,7 +17,6 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
-#include <functional>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -63,33 +63,12 @@ class ReplacingFileStream : public std::ostream {
   Buffer mBuffer;
 };
 
-// The system calls of WriteFileAtomically that tests may replace. Each behaves like the POSIX
-// call of its name: -1 with errno set on failure; `write` may also write fewer bytes than asked.
-struct AtomicFileHooks {
-  std::function<ssize_t(int fd, const void* data, size_t size)> write;
-  std::function<int(int fd)> fsync;
-  std::function<int(const char* from, const char* to)> rename;
-};
-
-// The hooks that call the system directly.
-AtomicFileHooks SystemAtomicFileHooks();
-
-// Installs `hooks` for every later WriteFileAtomically in the process and returns the previous
-// ones. An empty member falls back to the system call.
-AtomicFileHooks SetAtomicFileHooks(AtomicFileHooks hooks);
-
-// Installs hooks for the lifetime of the object and restores the previous ones afterwards.
-class ScopedAtomicFileHooks {
- public:
-  explicit ScopedAtomicFileHooks(AtomicFileHooks hooks)
-      : previous_(SetAtomicFileHooks(std::move(hooks))) {}
-  ~ScopedAtomicFileHooks() { SetAtomicFileHooks(std::move(previous_)); }
-  ScopedAtomicFileHooks(const ScopedAtomicFileHooks&) = delete;
-  ScopedAtomicFileHooks& operator=(const ScopedAtomicFileHooks&) = delete;
-
- private:
-  AtomicFileHooks previous_;
-};
+// Creates a new, empty, hidden file in the folder of `nativeTarget`, for writing what is to
+// take the target's place: "dir/name" => "dir/.name.tmp.<pid>.<n>.<attempt>". It is made
+// exclusively (never an existing file) with 0666 less the umask. Answers its descriptor and
+// sets `temporary` to its path, or answers -1 with errno set. For writers that stream their
+// content and so cannot hand WriteFileAtomically the whole of it.
+int CreateTemporaryBeside(const std::string& nativeTarget, std::string& temporary);
 
 }  // namespace platform
 }  // namespace zenutl

@@ -15,6 +15,10 @@ ssize_t SystemWrite(int fd, const void* data, std::size_t size) {
   return ::write(fd, data, size);
 }
 
+int SystemFsync(int fd) {
+  return ::fsync(fd);
+}
+
 int SystemRename(const char* from, const char* to) {
   return ::rename(from, to);
 }
@@ -52,6 +56,7 @@ FileCalls& Installed() {
 FileCalls SystemFileCalls() {
   FileCalls calls;
   calls.write = &SystemWrite;
+  calls.fsync = &SystemFsync;
   calls.rename = &SystemRename;
   calls.renameNoReplace = &SystemRenameNoReplace;
   calls.unlink = &SystemUnlink;
@@ -66,22 +71,29 @@ ScopedFileCalls::~ScopedFileCalls() {
   Installed() = mSaved;
 }
 
-bool WriteAll(int fd, const void* data, std::size_t size) {
+bool WriteAll(int fd, const void* data, std::size_t size, WriteProgress* progress) {
+  WriteProgress local;
+  WriteProgress& made = progress != nullptr ? *progress : local;
+  made = WriteProgress();
   const char* next = static_cast<const char*>(data);
-  while (size > 0) {
-    const ssize_t written = Installed().write(fd, next, size);
+  while (made.written < size) {
+    const ssize_t written = Installed().write(fd, next + made.written, size - made.written);
     if (written < 0) {
       if (errno == EINTR) continue;
       return false;
     }
     if (written == 0) {
+      made.stalled = true;
       errno = EIO;
       return false;
     }
-    next += written;
-    size -= static_cast<std::size_t>(written);
+    made.written += static_cast<std::size_t>(written);
   }
   return true;
+}
+
+int Fsync(int fd) {
+  return Installed().fsync(fd);
 }
 
 int Rename(const char* from, const char* to) {

@@ -17,6 +17,7 @@
 #include <fstream>
 #include <memory>
 
+#include "platform/atomic_file.h"
 #include "platform/file_calls.h"
 #include "platform/native_path.h"
 
@@ -88,6 +89,13 @@ int RenamePathNoReplace(const char* from, const char* to) {
 
 int RenamePathReplacing(const char* from, const char* to) {
   return Rename(ToNativePath(from).c_str(), ToNativePath(to).c_str());
+}
+
+int CreateTemporaryBesidePath(const char* target, std::string& temporary) {
+  std::string native;
+  const int fd = CreateTemporaryBeside(ToNativePath(target), native);
+  if (fd >= 0) temporary = FromNativePath(native);
+  return fd;
 }
 
 bool ListDirectory(const char* path, std::vector<DirectoryEntry>& entries) {

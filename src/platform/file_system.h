@@ -37,6 +37,10 @@ int UnlinkPath(const char* path);
 int RenamePathNoReplace(const char* from, const char* to);
 // rename(2), replacing the target: the final step of a copy written beside it.
 int RenamePathReplacing(const char* from, const char* to);
+// The temporary file a copy is written to before it takes `target`'s place: new, empty, hidden,
+// in the same folder (CreateTemporaryBeside of atomic_file.h), its name in Windows form. A
+// descriptor, or -1 with errno set.
+int CreateTemporaryBesidePath(const char* target, std::string& temporary);
 
 struct DirectoryEntry {
   std::string name;

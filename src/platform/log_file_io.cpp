@@ -3,20 +3,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <ctime>
 #include <string>
 
+#include "platform/file_calls.h"
 #include "platform/native_path.h"
 
 namespace zenutl {
 namespace platform {
-namespace {
-
-std::atomic<WriteFunction> gWrite(&::write);
-
-}  // namespace
 
 std::FILE* OpenFile(const char* windowsPath, const char* mode) {
   std::string nativeMode;
@@ -28,26 +23,17 @@ std::FILE* OpenFile(const char* windowsPath, const char* mode) {
 
 bool AppendRecord(std::FILE* file, const char* data, std::size_t size) {
   const int descriptor = fileno(file);
-  const WriteFunction write = gWrite.load();
-  std::size_t done = 0;
-  while (done < size) {
-    const ssize_t written = write(descriptor, data + done, size - done);
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) {
-      // Take back the part of the record that made it, so the next record starts clean. The
-      // file is opened for appending, so that part is the end of the file.
-      const long long sizeNow = done > 0 ? WrittenFileSize(file) : -1;
-      if (sizeNow >= static_cast<long long>(done)) {
-        while (::ftruncate(descriptor,
-                           static_cast<off_t>(sizeNow - static_cast<long long>(done))) != 0 &&
-               errno == EINTR) {
-        }
-      }
-      return false;
+  WriteProgress progress;
+  if (WriteAll(descriptor, data, size, &progress)) return true;
+  // Take back the part of the record that made it, so the next record starts clean. The file
+  // is opened for appending, so that part is the end of the file.
+  const long long done = static_cast<long long>(progress.written);
+  const long long sizeNow = done > 0 ? WrittenFileSize(file) : -1;
+  if (sizeNow >= done) {
+    while (::ftruncate(descriptor, static_cast<off_t>(sizeNow - done)) != 0 && errno == EINTR) {
     }
-    done += static_cast<std::size_t>(written);
   }
-  return true;
+  return false;
 }
 
 long long OpenFileSize(std::FILE* file) {
@@ -71,8 +57,7 @@ bool RemoveFile(const char* windowsPath) {
 }
 
 bool RenameFile(const char* fromWindowsPath, const char* toWindowsPath) {
-  return std::rename(ToNativePath(fromWindowsPath).c_str(), ToNativePath(toWindowsPath).c_str()) ==
-         0;
+  return Rename(ToNativePath(fromWindowsPath).c_str(), ToNativePath(toWindowsPath).c_str()) == 0;
 }
 
 void CurrentTime(long long* seconds, int* milliseconds) {
@@ -80,10 +65,6 @@ void CurrentTime(long long* seconds, int* milliseconds) {
   ::clock_gettime(CLOCK_REALTIME, &now);
   *seconds = static_cast<long long>(now.tv_sec);
   *milliseconds = static_cast<int>(now.tv_nsec / 1000000);
-}
-
-WriteFunction SetLogWriteFunction(WriteFunction write) {
-  return gWrite.exchange(write ? write : &::write);
 }
 
 }  // namespace platform

@@ -1,13 +1,12 @@
 // The file operations of the log, on Linux.
 //
 // The log keeps one C stream open and stamps its records with the wall clock. These functions are
-// the only places where it reaches the operating system, so that tests can see or change what the
-// system answers (a full disk, a short write) without touching the log's own logic. Paths are in
-// the library's Windows form and converted here.
+// the only places where it reaches the operating system. Writes and renames go through the
+// replaceable table of file_calls.h, so that tests can change what the system answers (a full
+// disk, a short write) without touching the log's own logic. Paths are in the library's Windows
+// form and converted here.
 #ifndef ZENUTL_PLATFORM_LOG_FILE_IO_H_
 #define ZENUTL_PLATFORM_LOG_FILE_IO_H_
-
-#include <sys/types.h>
 
 #include <cstddef>
 #include <cstdio>
@@ -39,11 +38,6 @@ bool RenameFile(const char* fromWindowsPath, const char* toWindowsPath);
 
 // Stands for _ftime64: the wall clock as seconds since 1970 and milliseconds.
 void CurrentTime(long long* seconds, int* milliseconds);
-
-// The write(2) that AppendRecord uses. Tests swap it to produce short writes and failures;
-// the previous function is returned so that it can be put back.
-typedef ssize_t (*WriteFunction)(int descriptor, const void* data, std::size_t size);
-WriteFunction SetLogWriteFunction(WriteFunction write);
 
 }  // namespace platform
 }  // namespace zenutl

@@ -10,8 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/atomic_file.h"
+#include "platform/file_calls.h"
 #include "platform/native_path.h"
+#include "support/full_disk.h"
 #include "support/temp_dir.h"
 
 namespace fs = boost::filesystem;
@@ -255,12 +256,7 @@ TEST_F(FolderStreamSourceTest, FailedReplacementKeepsThePreviousFileAndSetsBadbi
   ASSERT_TRUE(out);
   *out << "replacement";
   {
-    zenutl::platform::AtomicFileHooks full;
-    full.write = [](int, const void*, size_t) -> ssize_t {
-      errno = ENOSPC;
-      return -1;
-    };
-    zenutl::platform::ScopedAtomicFileHooks disk(full);
+    zenutl::platform::ScopedFileCalls disk(zenutl_test::FullDiskCalls());
     out->flush();
     EXPECT_TRUE(out->bad());
   }

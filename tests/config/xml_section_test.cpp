@@ -14,8 +14,8 @@
 
 #include "config/external_dtd_leak.h"
 #include "config/local_listener.h"
-#include "platform/atomic_file.h"
 #include "support/exception_matchers.h"
+#include "support/full_disk.h"
 #include "support/temp_dir.h"
 #include "zenutl/ini_file_section.h"
 #include "zenutl/language_string.h"
@@ -527,12 +527,7 @@ TEST_F(XMLSectionFile, FlushThatCannotWriteAnswersFalseAndKeepsTheOldFile) {
   XMLSection section(path.c_str(), false);
   ASSERT_TRUE(section.ChangeSubSection("old"));
   section.WriteKey("k", "v");
-  zenutl::platform::AtomicFileHooks diskFull;
-  diskFull.write = [](int, const void*, size_t) -> ssize_t {
-    errno = ENOSPC;
-    return -1;
-  };
-  zenutl::platform::ScopedAtomicFileHooks hooks(diskFull);
+  zenutl::platform::ScopedFileCalls diskFull(zenutl_test::FullDiskCalls());
   EXPECT_FALSE(section.Flush());
   EXPECT_EQ(ReadWholeFile(path), "<old/>");
 }

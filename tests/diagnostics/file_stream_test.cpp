@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "diagnostics/log_records.h"
-#include "platform/log_file_io.h"
+#include "platform/file_calls.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -113,9 +113,12 @@ TEST_F(FileStreamTest, DropsARecordWholeWhenTheDiskTakesOnlyPartOfIt) {
     SCOPED_TRACE(budget);
     const std::string before = Content();
     gBudget = budget;
-    const auto original = zenutl::platform::SetLogWriteFunction(&WriteWithinBudget);
-    stream.WriteMessage("a record longer than what the disk still takes");
-    zenutl::platform::SetLogWriteFunction(original);
+    zenutl::platform::FileCalls calls = zenutl::platform::SystemFileCalls();
+    calls.write = &WriteWithinBudget;
+    {
+      zenutl::platform::ScopedFileCalls nearlyFull(calls);
+      stream.WriteMessage("a record longer than what the disk still takes");
+    }
     EXPECT_EQ(Content(), before);
     stream.WriteMessage("after");
     EXPECT_EQ(Content(), before + "after" + kSeparator);

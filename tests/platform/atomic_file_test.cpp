@@ -10,11 +10,12 @@
 #include <cerrno>
 #include <string>
 
+#include "platform/file_calls.h"
 #include "support/temp_dir.h"
 
 namespace {
 
-using namespace zenutl::platform;  // NOLINT: the writer and its hooks
+using namespace zenutl::platform;  // NOLINT: the writer and the file calls it goes through
 using zenutl_test::ReadWholeFile;
 using zenutl_test::WriteWholeFile;
 
@@ -47,24 +48,39 @@ TEST_F(AtomicFile, ReplacesTheWholeFileKeepingModeAndLinkAndALaterTime) {
   EXPECT_EQ(FilesInFolder(), 2);
 }
 
+// Faults for the file calls. The table holds plain functions, so what one must remember lives
+// here.
+int gWriteCalls = 0;
+
+ssize_t FullAfterTenBytes(int fd, const void* data, size_t size) {
+  if (::lseek(fd, 0, SEEK_CUR) >= 10) return errno = ENOSPC, -1;
+  return ::write(fd, data, std::min<size_t>(size, 10));
+}
+ssize_t WritesNothing(int, const void*, size_t) {
+  return 0;
+}
+ssize_t DribblesAndIsInterrupted(int fd, const void* data, size_t size) {
+  if (++gWriteCalls % 3 == 0) return errno = EINTR, -1;
+  return ::write(fd, data, std::min<size_t>(size, 7));
+}
+int FsyncFails(int) {
+  return errno = EIO, -1;
+}
+int RenameFails(const char*, const char*) {
+  return errno = EXDEV, -1;
+}
+
 TEST_F(AtomicFile, InjectedFaultsLeaveTheOldFileWholeAndNoTemporaryBehind) {
-  const AtomicFileHooks system = SystemAtomicFileHooks();
-  AtomicFileHooks diskFull, stalled, dribble, syncFails, renameFails;
-  diskFull.write = [system](int fd, const void* data, size_t size) -> ssize_t {
-    if (::lseek(fd, 0, SEEK_CUR) >= 10) return errno = ENOSPC, -1;  // full after 10 bytes
-    return system.write(fd, data, std::min<size_t>(size, 10));
-  };
-  stalled.write = [](int, const void*, size_t) -> ssize_t { return 0; };
-  int calls = 0;
-  dribble.write = [&calls, system](int fd, const void* data, size_t size) -> ssize_t {
-    if (++calls % 3 == 0) return errno = EINTR, -1;
-    return system.write(fd, data, std::min<size_t>(size, 7));
-  };
-  syncFails.fsync = [](int) { return errno = EIO, -1; };
-  renameFails.rename = [](const char*, const char*) { return errno = EXDEV, -1; };
+  FileCalls diskFull = SystemFileCalls(), stalled = diskFull, dribble = diskFull,
+            syncFails = diskFull, renameFails = diskFull;
+  diskFull.write = &FullAfterTenBytes;
+  stalled.write = &WritesNothing;
+  dribble.write = &DribblesAndIsInterrupted;
+  syncFails.fsync = &FsyncFails;
+  renameFails.rename = &RenameFails;
   const struct {
     const char* name;
-    const AtomicFileHooks& hooks;
+    const FileCalls& calls;
     const char* error;  // empty when the write must succeed
   } rows[] = {{"disk full", diskFull, "No space left on device"},
               {"no progress", stalled, "short write"},
@@ -73,18 +89,19 @@ TEST_F(AtomicFile, InjectedFaultsLeaveTheOldFileWholeAndNoTemporaryBehind) {
               {"rename", renameFails, "Invalid cross-device link"}};
   const std::string path = File("keep.ini");
   const std::string content(4096, 'n');
+  gWriteCalls = 0;
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     WriteWholeFile(path, "original");
     std::string error;
-    ScopedAtomicFileHooks scope(row.hooks);
+    ScopedFileCalls scope(row.calls);
     const bool written = WriteFileAtomically(path, content, &error);
     EXPECT_EQ(written, *row.error == '\0');
     EXPECT_THAT(error, ::testing::HasSubstr(row.error));
     EXPECT_EQ(ReadWholeFile(path), written ? content : "original");
     EXPECT_EQ(FilesInFolder(), 1);
   }
-  EXPECT_GT(calls, 500);
+  EXPECT_GT(gWriteCalls, 500);
 }
 
 }  // namespace

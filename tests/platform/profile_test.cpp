@@ -15,7 +15,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/atomic_file.h"
+#include "platform/file_calls.h"
+#include "support/full_disk.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -154,13 +155,8 @@ TEST_F(Profile, RefusesWhatAnIniFileCantHoldAndReportsFailuresWithTheSystemsText
 TEST_F(Profile, AFailedWriteLeavesTheFileAndWhatReadsSee) {
   ASSERT_EQ(Write("s", "k", "old"), 1);
   EXPECT_EQ(Read("s", "k"), "old");
-  AtomicFileHooks full;
-  full.write = [](int, const void*, size_t) -> ssize_t {
-    errno = ENOSPC;
-    return -1;
-  };
   {
-    ScopedAtomicFileHooks scope(full);
+    ScopedFileCalls full(zenutl_test::FullDiskCalls());
     EXPECT_EQ(Write("s", "k", "new"), 0);
     EXPECT_THAT(LastProfileError(), ::testing::HasSubstr("No space left on device"));
     EXPECT_EQ(WritePrivateProfileStringA("s", "k", "v", File("new.ini").c_str()), 0);
