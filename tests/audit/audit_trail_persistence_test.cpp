@@ -5,12 +5,14 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <regex>
 #include <sstream>
 #include <string>
 
 #include "audit/audit_test_support.h"
+#include "support/exception_matchers.h"
 #include "support/temp_dir.h"
 #include "zenutl/audit_trail.h"
 #include "zenutl/exception.h"
@@ -386,6 +388,39 @@ TEST_F(AuditTrailPersistence, CopyContentTakesDocumentOpenSessionAndSettings) {
   EXPECT_EQ(CountOf(SavedText(copy), "<Event "), 2);
   EXPECT_EQ(CountOf(SavedText(source), "<Event "), 1);
   EXPECT_STREQ(copy.GetFileName(), File("target.xml").c_str());
+}
+
+TEST_F(AuditTrailPersistence, CopyContentWithoutATemporaryFileThrowsAndKeepsTheDocument) {
+  const char* old = std::getenv("TMPDIR");
+  const std::string saved = old ? old : "";
+  setenv("TMPDIR", File("no-such-folder").c_str(), 1);
+  AuditTrail source;
+  source.BeginSession();
+  AuditTrail copy;
+  copy.BeginSession();
+  copy.AddEvent("mine", "", nullptr);
+  const std::string before = SavedText(copy);
+  EXPECT_THROW_WHY(copy.CopyContent(&source), Exception, "AuditTrail::CopyContent failed.");
+  if (old) {
+    setenv("TMPDIR", saved.c_str(), 1);
+  } else {
+    unsetenv("TMPDIR");
+  }
+  EXPECT_EQ(SavedText(copy), before);
+}
+
+TEST_F(AuditTrailPersistence, StreamSourceWithoutTheStreamLeavesTheTrailAlone) {
+  ZnFolderStreamSource source(Dir().string().c_str());
+  AuditTrail trail(&source, "", "absent.xml", "", nullptr);
+  trail.GetAuditTrailSettings().SetLogEvents(1);
+  trail.BeginSession();
+  trail.AddEvent("in memory", "", nullptr);
+  const std::string before = SavedText(trail);
+  UserCommRecorder recorder;
+  trail.Load();
+  EXPECT_EQ(SavedText(trail), before);
+  EXPECT_FALSE(trail.IsFileMissing());
+  EXPECT_TRUE(recorder.messages.empty());
 }
 
 TEST_F(AuditTrailPersistence, LoggingIsInferredFromTheLastEvent) {
