@@ -22,6 +22,7 @@
 #include "config/guarded_dom_parser.h"
 #include "config/xml_document_state.h"
 #include "config/xml_text.h"
+#include "file/file_io.h"
 #include "platform/atomic_file.h"
 #include "platform/native_path.h"
 #include "platform/resource_handle.h"
@@ -156,8 +157,8 @@ XMLSection::XMLSection(const char* path, bool loadExternalDtd)
   std::unique_ptr<XMLDocumentState> state(new XMLDocumentState);
   state->mFileName = path;
   const std::string nativePath = zenutl::platform::ToNativePath(path ? path : "");
-  if (FILE* file = std::fopen(nativePath.c_str(), "r")) {
-    std::fclose(file);
+  // Only a readable file is parsed; anything else, a folder included, is a file still to be made.
+  if (zenutl::file::FileDescriptor(zenutl::file::OpenFileForReading(path ? path : "")).valid()) {
     boost::shared_ptr<GuardedDOMParser> parser(new GuardedDOMParser(loadExternalDtd));
     parser->ParseFile(nativePath);
     state->mpParser = parser;

@@ -518,6 +518,12 @@ TEST_F(XMLSectionFile, MissingFileIsEmptyAndFlushCreatesIt) {
   EXPECT_EQ(width, 640);
 }
 
+TEST_F(XMLSectionFile, PathNamingAFolderIsAMissingFileNotAParseError) {
+  XMLSection section(Dir().string().c_str(), false);
+  EXPECT_TRUE(section.IsEmpty());
+  EXPECT_FALSE(section.Flush());
+}
+
 TEST_F(XMLSectionFile, FlushThatCannotWriteAnswersFalseAndKeepsTheOldFile) {
   XMLSection nowhere(File("no/such/folder/x.zxl").c_str(), false);
   EXPECT_FALSE(nowhere.Flush());
