@@ -1,6 +1,7 @@
 // XMLInputSourceStream: the Xerces-C binary stream that `XMLInputSource` hands to the parser.
 //
-// It forwards `curPos` and `readBytes` to the library's `XMLInputStream`, which it does not own.
+// It forwards `curPos` and `readBytes` to the library's `XMLInputStream`, which it does not own;
+// made on a null stream it reads as an empty one.
 // Callers rarely build one themselves; `XMLInputSource::makeStream` does.
 //
 // Nothing here throws or reports.

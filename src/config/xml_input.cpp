@@ -64,11 +64,13 @@ XMLInputSourceStream::XMLInputSourceStream(XMLInputStream* stream) : mStream(str
 
 XMLInputSourceStream::~XMLInputSourceStream() = default;
 
+// A source made on no stream at all reads as an empty one, which the parser then refuses.
 XMLFilePos XMLInputSourceStream::curPos() const {
-  return mStream->curPos();
+  return mStream ? mStream->curPos() : 0;
 }
 
 XMLSize_t XMLInputSourceStream::readBytes(XMLByte* const toFill, const XMLSize_t maxToRead) {
+  if (!mStream) return 0;
   const XMLSize_t request =
       std::min<XMLSize_t>(maxToRead, std::numeric_limits<unsigned int>::max());
   return mStream->readBytes(toFill, static_cast<unsigned int>(request));

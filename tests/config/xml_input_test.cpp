@@ -115,6 +115,9 @@ TEST(XMLInputSources, AreParsedByXerces) {
   IStreamInputSource fromStream(in);
   EXPECT_EQ(ParseRoot(fromStream), "r/caf\xe9");
   EXPECT_EQ(fromStream.getSystemId(), nullptr);
+
+  XMLInputSource fromNothing(nullptr);
+  EXPECT_EQ(ParseRoot(fromNothing), "<error>");
 }
 
 }  // namespace

@@ -635,6 +635,15 @@ TEST_F(XMLSectionParse, EveryParsingConstructorReadsAndRejectsAlike) {
   }
 }
 
+TEST(XMLSection, NullLibraryStreamIsAnEmptyDocumentThatFailsToParse) {
+  try {
+    XMLSection section(static_cast<XMLInputStream*>(nullptr), false);
+    ADD_FAILURE() << "no parse error";
+  } catch (const Exception& e) {
+    EXPECT_EQ(std::string(e.Why().GetString()).find(kParseError), 0u) << e.Why().GetString();
+  }
+}
+
 TEST(XMLSection, StringDocumentsNeverReachTheNetwork) {
   zenutl_test::LocalListener listener;
   const std::string refused = std::string(kParseError) + "E";
