@@ -91,7 +91,8 @@ class CStringT {
   CStringT Mid(int first) const;
   CStringT Mid(int first, int count) const;
 
-  // Replace every occurrence; the result is the number of replacements.
+  // Replace every occurrence; the result is the number of replacements (0 when `from` and `to`
+  // are the same character, since nothing changes).
   int Replace(CharT from, CharT to);
   int Replace(const CharT* from, const CharT* to);
   // Remove every occurrence of `ch`; the result is the number removed.

@@ -264,6 +264,8 @@ CStringT<CharT> CStringT<CharT>::Mid(int first, int count) const {
 template <typename CharT>
 int CStringT<CharT>::Replace(CharT from, CharT to) {
   int count = 0;
+  // Replacing a character by itself changes nothing, and the framework counts it as no change.
+  if (from == to) return 0;
   for (CharT& ch : text_) {
     if (ch == from) {
       ch = to;

@@ -52,6 +52,8 @@ TEST(CString, ReplaceAndRemoveReturnCounts) {
   CString s("a.b.c");
   EXPECT_EQ(s.Replace('.', ','), 2);
   EXPECT_STREQ(s, "a,b,c");
+  EXPECT_EQ(s.Replace(',', ','), 0);  // no change, so nothing is counted
+  EXPECT_STREQ(s, "a,b,c");
   EXPECT_EQ(s.Replace(",", "--"), 2);
   EXPECT_STREQ(s, "a--b--c");
   EXPECT_EQ(s.Replace("--", nullptr), 2);
