@@ -70,10 +70,11 @@ std::unique_ptr<zenutl::config::GuardedDOMParser> MakeParser() {
       new zenutl::config::GuardedDOMParser(true));
 }
 
+// The whole text of `node`, or false when the serialiser could not write all of it (a text
+// holding a character that XML cannot carry): a partial document must never replace a trail.
 bool WriteDocumentText(const DOMNode* node, std::string& text) {
   std::ostringstream out;
-  WriteXMLFile(out, node, false);
-  if (!out) return false;
+  if (!WriteXMLFile(out, node, false) || !out) return false;
   text = out.str();
   return true;
 }
@@ -199,19 +200,18 @@ void AuditTrail::Read(std::istream& stream) {
 }
 
 void AuditTrail::Save() {
-  DOMDocument* document = mDocument->GetDocument();
+  // The whole text first, then one replacement of the stored trail: a failure part-way leaves
+  // the previous trail as it was, and the modified flag tells the caller that nothing was saved.
+  std::string text;
+  if (!WriteDocumentText(mDocument->GetDocument(), text)) return;
   if (mStreamSource) {
     std::unique_ptr<std::ostream> stream(mStreamSource->OpenOutputStream(mFileName));
     if (!stream || !*stream) return;
-    WriteXMLFile(*stream, document, false);
+    stream->write(text.data(), static_cast<std::streamsize>(text.size()));
     stream->flush();
     if (*stream) mModified = false;
     return;
   }
-  // The whole text first, then one atomic replacement: a failure part-way leaves the previous
-  // file as it was, and the modified flag tells the caller that nothing was saved.
-  std::string text;
-  if (!WriteDocumentText(document, text)) return;
   const std::string nativePath = zenutl::platform::ToNativePath(mFileName.GetString());
   if (zenutl::platform::WriteFileAtomically(nativePath, text, nullptr)) mModified = false;
 }

@@ -1,5 +1,6 @@
 // Serialisation of DOM nodes into streams and strings, and the optional print filter.
 #include <xercesc/dom/DOMConfiguration.hpp>
+#include <xercesc/dom/DOMException.hpp>
 #include <xercesc/dom/DOMImplementation.hpp>
 #include <xercesc/dom/DOMImplementationLS.hpp>
 #include <xercesc/dom/DOMImplementationRegistry.hpp>
@@ -68,6 +69,10 @@ bool Serialise(xercesc::XMLFormatTarget* target, const DOMNode* node, bool prett
   bool written = false;
   try {
     written = serializer->write(node, output);
+  } catch (const xercesc::DOMException&) {
+    // The serialiser gives up on content it cannot write, such as a control character in a
+    // text; that is a failed write, not an exception for the caller.
+    written = false;
   } catch (...) {
     output->release();
     serializer->release();

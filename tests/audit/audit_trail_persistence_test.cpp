@@ -362,6 +362,25 @@ TEST_F(AuditTrailPersistence, SaveIntoAMissingFolderKeepsTheModifiedFlag) {
   EXPECT_TRUE(trail.IsModified());
 }
 
+TEST_F(AuditTrailPersistence, TextThatXmlCannotCarryFailsTheSaveAndKeepsTheStoredTrail) {
+  const std::string path = RecordTrail(1);
+  const std::string before = ReadWholeFile(path);
+  ZnFolderStreamSource source(Dir().string().c_str());
+  AuditTrail fileTrail(path.c_str(), "", nullptr);
+  AuditTrail streamTrail(&source, "", "trail.xml", "", nullptr);
+  for (AuditTrail* trail : {&fileTrail, &streamTrail}) {
+    SCOPED_TRACE(trail == &fileTrail ? "file" : "stream source");
+    trail->GetAuditTrailSettings().SetLogEvents(1);
+    trail->Load();
+    trail->BeginSession();
+    trail->AddEvent("bell \a in the message", "", nullptr);
+    EXPECT_NO_THROW(trail->EndSessionAndSave());
+    EXPECT_TRUE(trail->IsModified());
+    EXPECT_EQ(ReadWholeFile(path), before);
+    EXPECT_TRUE(VerifyFile(path));
+  }
+}
+
 TEST_F(AuditTrailPersistence, SaveAsWritesACopyWithTheStylesheet) {
   const std::string path = RecordTrail(1);
   WriteWholeFile(File("audit_trail.xsl"), "<xsl/>");

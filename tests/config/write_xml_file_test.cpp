@@ -94,6 +94,20 @@ TEST_F(WriteXMLFileTest, StringAndStreamFormsWriteTheSameTextAndElementsHaveNoDe
   EXPECT_STREQ(text, "kept:<!--c-->");
 }
 
+TEST_F(WriteXMLFileTest, AnswersFalseInsteadOfThrowingForTextItCannotWrite) {
+  root_->appendChild(doc_->createTextNode(u"bell\u0007"));
+  for (const bool pretty : {false, true}) {
+    SCOPED_TRACE(pretty ? "pretty" : "compact");
+    std::ostringstream out;
+    bool written = true;
+    EXPECT_NO_THROW(written = WriteXMLFile(out, doc_, pretty));
+    EXPECT_FALSE(written);
+    CString text;
+    EXPECT_NO_THROW(written = WriteXMLFile(text, doc_, pretty));
+    EXPECT_FALSE(written);
+  }
+}
+
 TEST(WriteXMLFile, KeepsTheParsedDocumentsEncodingAndLeavesOutDefaultedAttributes) {
   const std::string text =
       "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>"
