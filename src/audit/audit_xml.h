@@ -11,10 +11,12 @@ namespace zenutl {
 namespace audit {
 
 // A library text as DOM text, for the duration of one DOM call. The trail's texts are UTF-8,
-// the local code page here.
+// the local code page here. Control characters that XML cannot carry (all below 0x20 but tab,
+// line feed and carriage return) become U+FFFD: stored as they are, they would make every later
+// save of the trail fail, and with it the whole session.
 class XmlText {
  public:
-  explicit XmlText(const char* text) : mText(config::XmlFromUtf8(text)) {}
+  explicit XmlText(const char* text);
   operator const XMLCh*() const { return mText.c_str(); }  // NOLINT: used as a DOM argument
 
  private:
