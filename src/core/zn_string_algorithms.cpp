@@ -279,8 +279,10 @@ CString Replace(CString text, const char* from, const char* to) {
   return text;
 }
 
-CString SplitString(CString& text, char separator) {
-  const int found = text.Find(separator);
+namespace {
+
+// The text before `found` (all of it when -1); `text` keeps what follows the separator.
+CString CutHead(CString& text, int found) {
   if (found == -1) {
     CString head = text;
     text.Empty();
@@ -291,16 +293,14 @@ CString SplitString(CString& text, char separator) {
   return head;
 }
 
+}  // namespace
+
+CString SplitString(CString& text, char separator) {
+  return CutHead(text, text.Find(separator));
+}
+
 CString SplitString(CString& text, const char* separators) {
-  const int found = text.FindOneOf(separators);
-  if (found == -1) {
-    CString head = text;
-    text.Empty();
-    return head;
-  }
-  CString head = text.Left(found);
-  text = text.Mid(found + 1);
-  return head;
+  return CutHead(text, text.FindOneOf(separators));
 }
 
 }  // namespace ZnString

@@ -94,13 +94,20 @@ CString SetFileExtension(const char* path, const char* ext) {
   return result;
 }
 
-char* GetFileNames(const std::vector<CString>& names) {
+namespace {
+
+// The two lists share their short forms: two terminators for no name, the name itself for one.
+char* ShortFileNameList(const std::vector<CString>& names) {
   if (names.empty()) return new char[2]();
-  if (names.size() == 1) {
-    char* block = new char[names[0].GetLength() + 1];
-    std::memcpy(block, names[0].GetString(), names[0].GetLength() + 1);
-    return block;
-  }
+  char* block = new char[names[0].GetLength() + 1];
+  std::memcpy(block, names[0].GetString(), names[0].GetLength() + 1);
+  return block;
+}
+
+}  // namespace
+
+char* GetFileNames(const std::vector<CString>& names) {
+  if (names.size() < 2) return ShortFileNameList(names);
   std::string list = GenericParentPath(names[0].str());
   list += '\0';
   for (const CString& name : names) {
@@ -117,12 +124,7 @@ char* GetFileNames(const std::vector<CString>& names) {
 }
 
 char* GetFileNames(const std::vector<CString>& names, char separator) {
-  if (names.empty()) return new char[2]();
-  if (names.size() == 1) {
-    char* block = new char[names[0].GetLength() + 1];
-    std::memcpy(block, names[0].GetString(), names[0].GetLength() + 1);
-    return block;
-  }
+  if (names.size() < 2) return ShortFileNameList(names);
   std::string list = GenericParentPath(names[0].str());
   for (const CString& name : names) {
     list += separator;
