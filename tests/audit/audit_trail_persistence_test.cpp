@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -12,6 +10,7 @@
 #include <string>
 
 #include "audit/audit_test_support.h"
+#include "support/child_process.h"
 #include "support/exception_matchers.h"
 #include "support/temp_dir.h"
 #include "zenutl/audit_trail.h"
@@ -25,6 +24,14 @@ using zenutl_test::ReadWholeFile;
 using zenutl_test::SavedText;
 using zenutl_test::UserCommRecorder;
 using zenutl_test::WriteWholeFile;
+
+// Loads `path` into a new trail and verifies it; the finding's text goes to `message`.
+bool VerifyFileIn(const std::string& path, CString* message = nullptr) {
+  AuditTrail trail(path.c_str(), "", nullptr);
+  trail.GetAuditTrailSettings().SetLogEvents(1);
+  trail.Load();
+  return trail.VerifySignature(message);
+}
 
 class AuditTrailPersistence : public zenutl_test::TempDirTest {
  protected:
@@ -44,12 +51,8 @@ class AuditTrailPersistence : public zenutl_test::TempDirTest {
     return path;
   }
 
-  // Loads `path` into a new trail and verifies it; the finding's text goes to `message`.
   bool VerifyFile(const std::string& path, CString* message = nullptr) {
-    AuditTrail trail(path.c_str(), "", nullptr);
-    trail.GetAuditTrailSettings().SetLogEvents(1);
-    trail.Load();
-    return trail.VerifySignature(message);
+    return VerifyFileIn(path, message);
   }
 };
 
@@ -81,18 +84,7 @@ TEST_F(AuditTrailPersistence, SavingAReadTrailChangesNothing) {
 
 TEST_F(AuditTrailPersistence, AnotherProcessVerifiesTheTrail) {
   const std::string path = RecordTrail(2);
-  pid_t child = fork();
-  ASSERT_NE(child, -1);
-  if (child == 0) {
-    AuditTrail trail(path.c_str(), "", nullptr);
-    trail.GetAuditTrailSettings().SetLogEvents(1);
-    trail.Load();
-    _exit(trail.VerifySignature(nullptr) ? 0 : 1);
-  }
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFEXITED(status));
-  EXPECT_EQ(WEXITSTATUS(status), 0);
+  zenutl_test::ExpectPassesInChild([&path] { EXPECT_TRUE(VerifyFileIn(path)); });
 }
 
 // Each row edits the saved text of a two-session trail the way a tamperer might.
@@ -325,9 +317,7 @@ TEST_F(AuditTrailPersistence, ReadReplacesTheDocumentAndClosesTheSession) {
 TEST_F(AuditTrailPersistence, FailedSaveKeepsThePreviousFileAndTheModifiedFlag) {
   const std::string path = RecordTrail(1);
   const std::string before = ReadWholeFile(path);
-  pid_t child = fork();
-  ASSERT_NE(child, -1);
-  if (child == 0) {
+  zenutl_test::ExpectPassesInChild([&path, &before] {
     AuditTrail trail(path.c_str(), "", nullptr);
     trail.GetAuditTrailSettings().SetLogEvents(1);
     trail.Load();
@@ -340,12 +330,8 @@ TEST_F(AuditTrailPersistence, FailedSaveKeepsThePreviousFileAndTheModifiedFlag) 
                            static_cast<rlim_t>(before.size() + 100)};
     setrlimit(RLIMIT_FSIZE, &limit);
     trail.Save();
-    _exit(trail.IsModified() ? 0 : 1);
-  }
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFEXITED(status));
-  EXPECT_EQ(WEXITSTATUS(status), 0) << "modified flag was cleared by a failed save";
+    EXPECT_TRUE(trail.IsModified()) << "modified flag was cleared by a failed save";
+  });
   EXPECT_EQ(ReadWholeFile(path), before);
   EXPECT_TRUE(VerifyFile(path));
   for (auto& entry : boost::filesystem::directory_iterator(Dir())) {
