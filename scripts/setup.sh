@@ -12,6 +12,7 @@ packages=(
   libxerces-c-dev uuid-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   locales tzdata
+  clang libclang-rt-14-dev
 )
 if [[ "${1:-}" == "--bench" ]]; then
   packages+=(libspdlog-dev)

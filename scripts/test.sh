@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Sets up the machine, builds zenutl with AddressSanitizer and UndefinedBehaviorSanitizer and
 # warnings as errors, and runs the whole test suite (including a build against the installed
-# package).
+# package), then replays the fuzz targets' kept inputs.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh
@@ -12,3 +12,4 @@ cmake --build build/asan -j "$jobs"
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 ctest --test-dir build/asan --output-on-failure -j "$jobs"
+bash scripts/fuzz.sh --replay

@@ -1,0 +1,50 @@
+// Number parsing on arbitrary text: both widths, both decimal separators.
+//
+// Invariants beyond "no crash": the end pointer of znstrtod stays inside the text, ToDouble
+// answers the missing value exactly when it reports a failure other than a parsed -99, and the
+// byte and wide forms agree on ASCII input.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "zenutl/locales.h"
+#include "zenutl/zn_string.h"
+
+namespace {
+
+void CheckBothWidths(const std::string& text) {
+  char* end = nullptr;
+  const double narrow = ZnString::znstrtod(text.c_str(), &end);
+  if (end < text.c_str() || end > text.c_str() + text.size()) std::abort();
+
+  ZnString::EParseResult result;
+  const double value = ZnString::ToDouble(text.c_str(), result);
+  if (result != ZnString::eParseOk && value != ZnString::kMissingValue) std::abort();
+
+  bool ascii = true;
+  for (unsigned char c : text) ascii = ascii && c < 0x80;
+  if (!ascii) return;
+  const std::wstring wide(text.begin(), text.end());
+  wchar_t* wide_end = nullptr;
+  const double wide_value = ZnString::znstrtod(wide.c_str(), &wide_end);
+  const bool both_nan = narrow != narrow && wide_value != wide_value;
+  if (!both_nan && narrow != wide_value) std::abort();
+  if (wide_end - wide.c_str() != end - text.c_str()) std::abort();
+  ZnString::EParseResult wide_result;
+  ZnString::ToDouble(wide.c_str(), wide_result);
+  if (wide_result != result) std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  // The first byte picks the separator, the rest is the text up to its first zero byte.
+  if (size == 0) return 0;
+  const Locales::DecSeparator separator = (data[0] & 1) ? Locales::eDecimalComma : Locales::eDecimalPoint;
+  std::string text(reinterpret_cast<const char*>(data + 1), size - 1);
+  text = text.c_str();
+  Locales::SetDecimalSeparatorClass scope(separator);
+  CheckBothWidths(text);
+  return 0;
+}
