@@ -35,6 +35,12 @@ constexpr std::array<std::uint16_t, 4096> MakePairTable() {
 }
 constexpr std::array<std::uint16_t, 4096> kPairs = MakePairTable();
 
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+const bool kLittleEndian = true;
+#else
+const bool kLittleEndian = false;
+#endif
+
 // Writes the four characters of the 24-bit group `v`.
 inline void PutGroup(char* out, std::uint32_t v) {
   const std::uint16_t high = kPairs[v >> 12];
@@ -45,27 +51,86 @@ inline void PutGroup(char* out, std::uint32_t v) {
   out[3] = static_cast<char>(low >> 8);
 }
 
-// Encodes `length` bytes into 4 * ceil(length / 3) characters at `out`, with pads.
-void EncodeUnbroken(const unsigned char* in, std::size_t length, char* out) {
-  std::size_t i = 0;
-  for (; i + 3 <= length; i += 3, out += 4) {
-    PutGroup(out, (static_cast<std::uint32_t>(in[i]) << 16) | (in[i + 1] << 8) | in[i + 2]);
+// Encodes `groups` whole groups of three bytes at `in` into 4 * groups characters at `out`.
+// Bytes up to `end` may be read ahead: two groups at a time are taken with one 8-byte load and
+// written with one 8-byte store.
+void EncodeGroups(const unsigned char* in, std::size_t groups, const unsigned char* end,
+                  char* out) {
+  if (kLittleEndian) {
+    for (; groups >= 2 && in + 8 <= end; groups -= 2, in += 6, out += 8) {
+      std::uint64_t word;
+      std::memcpy(&word, in, 8);
+      word = __builtin_bswap64(word);  // the six bytes, first one highest
+      const std::uint64_t chars = static_cast<std::uint64_t>(kPairs[(word >> 52) & 0xFFF]) |
+                                  static_cast<std::uint64_t>(kPairs[(word >> 40) & 0xFFF]) << 16 |
+                                  static_cast<std::uint64_t>(kPairs[(word >> 28) & 0xFFF]) << 32 |
+                                  static_cast<std::uint64_t>(kPairs[(word >> 16) & 0xFFF]) << 48;
+      std::memcpy(out, &chars, 8);
+    }
   }
-  switch (length - i) {
-    case 0:
-      break;
+  for (; groups != 0; --groups, in += 3, out += 4) {
+    PutGroup(out, (static_cast<std::uint32_t>(in[0]) << 16) | (in[1] << 8) | in[2]);
+  }
+}
+
+// The four characters of the last one or two bytes, with their pads.
+void EncodeTail(const unsigned char* in, std::size_t length, char* out) {
+  switch (length) {
     case 1:
-      PutGroup(out, static_cast<std::uint32_t>(in[i]) << 16);
+      PutGroup(out, static_cast<std::uint32_t>(in[0]) << 16);
       out[2] = out[3] = kAlphabet[kPad];
       break;
     case 2:
-      PutGroup(out, (static_cast<std::uint32_t>(in[i]) << 16) | (in[i + 1] << 8));
+      PutGroup(out, (static_cast<std::uint32_t>(in[0]) << 16) | (in[1] << 8));
       out[3] = kAlphabet[kPad];
       break;
     default:
       throw std::runtime_error(kEncodeError);
   }
 }
+
+// Writes characters into lines of `perLine`, each followed by the break.
+class LineWriter {
+ public:
+  LineWriter(char* out, std::size_t perLine, const std::string& lineBreak)
+      : mOut(out), mPerLine(perLine), mBreak(lineBreak) {}
+
+  // Whole groups that fit in the rest of the current line.
+  std::size_t GroupsThatFit() const { return (mPerLine - mColumn) / 4; }
+  char* Cursor() const { return mOut; }
+  // `count` characters were written at the cursor, within the current line.
+  void Advance(std::size_t count) {
+    mOut += count;
+    mColumn += count;
+    if (mColumn == mPerLine) Break();
+  }
+  // Copies characters across as many lines as they need.
+  void Write(const char* chars, std::size_t count) {
+    while (count != 0) {
+      const std::size_t run = std::min(count, mPerLine - mColumn);
+      std::memcpy(mOut, chars, run);
+      chars += run;
+      count -= run;
+      Advance(run);
+    }
+  }
+
+ private:
+  void Break() {
+    if (mBreak.size() == 1) {
+      *mOut++ = mBreak[0];
+    } else {
+      std::memcpy(mOut, mBreak.data(), mBreak.size());
+      mOut += mBreak.size();
+    }
+    mColumn = 0;
+  }
+
+  char* mOut;
+  std::size_t mColumn = 0;
+  const std::size_t mPerLine;
+  const std::string& mBreak;
+};
 
 std::size_t EncodedLength(std::size_t length) {
   const std::size_t groups = length / 3 + (length % 3 != 0);
@@ -161,6 +226,7 @@ namespace Base64 {
 
 std::string Encode(std::string const& data, unsigned int lineLength, std::string const& lineBreak) {
   const unsigned char* in = reinterpret_cast<const unsigned char*>(data.data());
+  const unsigned char* const end = in + data.size();
   const std::size_t encoded = EncodedLength(data.size());
   const std::size_t perLine = lineLength == 0 ? 1 : lineLength;
   const std::size_t breaks = encoded / perLine;
@@ -169,34 +235,34 @@ std::string Encode(std::string const& data, unsigned int lineLength, std::string
     throw std::length_error(kEncodeError);
   }
   std::string text(encoded + breaks * lineBreak.size(), '\0');
+  std::size_t groups = data.size() / 3;
+  const std::size_t tail = data.size() % 3;
+  char last[4];
+  if (tail != 0) EncodeTail(in + 3 * groups, tail, last);
   if (breaks == 0 || lineBreak.empty()) {
-    EncodeUnbroken(in, data.size(), &text[0]);
+    EncodeGroups(in, groups, end, &text[0]);
+    if (tail != 0) std::memcpy(&text[4 * groups], last, 4);
     return text;
   }
 
-  // Encode a piece at a time into a small buffer, then copy it out line by line.
-  char* out = &text[0];
-  std::size_t column = 0;
-  const std::size_t kPieceBytes = 3 * 1024;
-  char piece[4 * 1024];
-  for (std::size_t done = 0; done < data.size();) {
-    const std::size_t take = std::min(kPieceBytes, data.size() - done);
-    EncodeUnbroken(in + done, take, piece);
-    done += take;
-    const std::size_t pieceLength = EncodedLength(take);
-    for (std::size_t p = 0; p < pieceLength;) {
-      const std::size_t run = std::min(pieceLength - p, perLine - column);
-      std::memcpy(out, piece + p, run);
-      out += run;
-      p += run;
-      column += run;
-      if (column == perLine) {
-        std::memcpy(out, lineBreak.data(), lineBreak.size());
-        out += lineBreak.size();
-        column = 0;
-      }
+  // Groups go straight into their line while they fit; one that a break splits goes through a
+  // four-character buffer.
+  LineWriter writer(&text[0], perLine, lineBreak);
+  while (groups != 0) {
+    const std::size_t fit = std::min(writer.GroupsThatFit(), groups);
+    if (fit != 0) {
+      EncodeGroups(in, fit, end, writer.Cursor());
+      writer.Advance(4 * fit);
+    } else {
+      char split[4];
+      EncodeGroups(in, 1, end, split);
+      writer.Write(split, 4);
     }
+    const std::size_t done = fit != 0 ? fit : 1;
+    in += 3 * done;
+    groups -= done;
   }
+  if (tail != 0) writer.Write(last, 4);
   return text;
 }
 
@@ -210,6 +276,18 @@ std::string Decode(std::string const& text) {
     // Whole groups of four digits take the quick way; anything else goes through the walk.
     if (decoder.AtGroupStart()) {
       char* out = decoder.Out();
+      // Two groups at a time, with one 8-byte store of which the last two bytes are scratch:
+      // the output has room for them, and the next store or the end overwrites them.
+      for (; kLittleEndian && i + 8 <= length; i += 8, out += 6) {
+        const std::uint32_t first =
+            kPlace0[in[i]] | kPlace1[in[i + 1]] | kPlace2[in[i + 2]] | kPlace3[in[i + 3]];
+        const std::uint32_t second =
+            kPlace0[in[i + 4]] | kPlace1[in[i + 5]] | kPlace2[in[i + 6]] | kPlace3[in[i + 7]];
+        if ((first | second) >> 24) break;
+        const std::uint64_t bytes = __builtin_bswap64(static_cast<std::uint64_t>(first) << 40 |
+                                                      static_cast<std::uint64_t>(second) << 16);
+        std::memcpy(out, &bytes, 8);
+      }
       for (; i + 4 <= length; i += 4, out += 3) {
         const std::uint32_t v =
             kPlace0[in[i]] | kPlace1[in[i + 1]] | kPlace2[in[i + 2]] | kPlace3[in[i + 3]];
