@@ -38,6 +38,7 @@
 #include "zenutl/xml_input_source_stream.h"
 #include "zenutl/xml_input_stream.h"
 #include "zenutl/xml_section.h"
+#include "zenutl/zentri_filter_validator.h"
 #include "zenutl/zn_file.h"
 #include "zenutl/zn_folder_stream_source.h"
 #include "zenutl/zn_std_string.h"
