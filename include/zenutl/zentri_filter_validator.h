@@ -60,6 +60,8 @@ class ZentriFilterValidator {
 
  protected:
   void SetIllegalChars(const char* set);
+  // What a subclass fills in: its refused characters and how messages call its item.
+  void SetRule(const char* illegalChars, const char* itemName);
   // The message is `format` printed with the arguments, cut to fit the buffer.
   void SetErrorMessage(const char* format, ...);
   // How messages call the thing under test; "(null)" while no subclass has named it.
@@ -128,6 +130,7 @@ class MaxStringValidator : public ZentriFilterValidator {
  protected:
   // Every subclass sets its own limit.
   explicit MaxStringValidator(const char* caption = nullptr);
+  void SetRule(const char* illegalChars, unsigned int maxLength, const char* itemName);
 
   unsigned int mMaxLength;
 };

@@ -20,6 +20,19 @@ inline void StoreBigEndian(unsigned char* bytes, DWORD word) {
   bytes[3] = static_cast<unsigned char>(word);
 }
 
+// Applies `cipher` to each whole block of 8 bytes in place, as two big-endian words.
+template <typename Cipher>
+void ForEachBlock(void* buffer, unsigned int length, Cipher cipher) {
+  unsigned char* block = static_cast<unsigned char*>(buffer);
+  for (unsigned int blocks = length / 8; blocks != 0; --blocks, block += 8) {
+    DWORD left = LoadBigEndian(block);
+    DWORD right = LoadBigEndian(block + 4);
+    cipher(&left, &right);
+    StoreBigEndian(block, left);
+    StoreBigEndian(block + 4, right);
+  }
+}
+
 }  // namespace
 
 namespace BlowFish {
@@ -82,25 +95,11 @@ Context::Context(void const* key, unsigned int keyLength) {
 }
 
 void Context::Encrypt(void* buffer, unsigned int length) const {
-  unsigned char* block = static_cast<unsigned char*>(buffer);
-  for (unsigned int blocks = length / 8; blocks != 0; --blocks, block += 8) {
-    DWORD left = LoadBigEndian(block);
-    DWORD right = LoadBigEndian(block + 4);
-    Encipher(&left, &right);
-    StoreBigEndian(block, left);
-    StoreBigEndian(block + 4, right);
-  }
+  ForEachBlock(buffer, length, [this](DWORD* left, DWORD* right) { Encipher(left, right); });
 }
 
 void Context::Decrypt(void* buffer, unsigned int length) const {
-  unsigned char* block = static_cast<unsigned char*>(buffer);
-  for (unsigned int blocks = length / 8; blocks != 0; --blocks, block += 8) {
-    DWORD left = LoadBigEndian(block);
-    DWORD right = LoadBigEndian(block + 4);
-    Decipher(&left, &right);
-    StoreBigEndian(block, left);
-    StoreBigEndian(block + 4, right);
-  }
+  ForEachBlock(buffer, length, [this](DWORD* left, DWORD* right) { Decipher(left, right); });
 }
 
 void Encrypt(void const* key, unsigned int keyLength, void* buffer, unsigned int length) {

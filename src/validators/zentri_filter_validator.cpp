@@ -98,6 +98,11 @@ void ZentriFilterValidator::SetIllegalChars(const char* set) {
   std::strncpy(mIllegalChars, set, sizeof(mIllegalChars) - 1);
 }
 
+void ZentriFilterValidator::SetRule(const char* illegalChars, const char* itemName) {
+  SetIllegalChars(illegalChars);
+  mItemName = itemName;
+}
+
 void ZentriFilterValidator::SetErrorMessage(const char* format, ...) {
   const std::string translated = zenutl::detail::TranslateFormat(format);
   va_list args;
@@ -110,25 +115,21 @@ void ZentriFilterValidator::SetErrorMessage(const char* format, ...) {
 
 InvestigationNameValidator::InvestigationNameValidator(const char* caption)
     : ZentriFilterValidator(caption) {
-  SetIllegalChars(kWindowsNameChars);
-  mItemName = LanguageString::Get(kInvestigationName);
+  SetRule(kWindowsNameChars, LanguageString::Get(kInvestigationName));
 }
 
 NCProjectNameValidator::NCProjectNameValidator(const char* caption)
     : InvestigationNameValidator(caption) {
-  SetIllegalChars(kWindowsNameChars);
-  mItemName = "A project name";
+  SetRule(kWindowsNameChars, "A project name");
 }
 
 FileNameValidator::FileNameValidator(const char* caption) : ZentriFilterValidator(caption) {
-  SetIllegalChars(kWindowsNameChars);
-  mItemName = LanguageString::Get(kFileName);
+  SetRule(kWindowsNameChars, LanguageString::Get(kFileName));
 }
 
 TessaVariableNameValidator::TessaVariableNameValidator(const char* caption)
     : ZentriFilterValidator(caption) {
-  SetIllegalChars("~*?\\=[]$");
-  mItemName = LanguageString::Get(kTessaVariableName);
+  SetRule("~*?\\=[]$", LanguageString::Get(kTessaVariableName));
 }
 
 // --- FloatValidator
@@ -176,6 +177,12 @@ MaxStringValidator::MaxStringValidator(const char* caption)
   SetIllegalChars("?*=\\$");
 }
 
+void MaxStringValidator::SetRule(const char* illegalChars, unsigned int maxLength,
+                                 const char* itemName) {
+  ZentriFilterValidator::SetRule(illegalChars, itemName);
+  mMaxLength = maxLength;
+}
+
 bool MaxStringValidator::IsValid(const char* text) {
   if (!ZentriFilterValidator::IsValid(text)) return false;
   if (IsBlank(text)) {
@@ -205,27 +212,19 @@ CString MaxStringValidator::GetAllIllegalChars() const {
 
 NCObservationNameValidator::NCObservationNameValidator(const char* caption)
     : MaxStringValidator(caption) {
-  SetIllegalChars("$");
-  mMaxLength = 1023;
-  mItemName = LanguageString::Get(kObservationName);
+  SetRule("$", 1023, LanguageString::Get(kObservationName));
 }
 
 NCVariableNameValidator::NCVariableNameValidator(const char* caption)
     : MaxStringValidator(caption) {
-  SetIllegalChars("$");
-  mMaxLength = 1023;
-  mItemName = LanguageString::Get(kVariableName);
+  SetRule("$", 1023, LanguageString::Get(kVariableName));
 }
 
 DatasetNameValidator::DatasetNameValidator(const char* caption) : MaxStringValidator(caption) {
-  SetIllegalChars("?*=\\/:*\"<>|");
-  mMaxLength = 8;
-  mItemName = LanguageString::Get(kDatasetName);
+  SetRule("?*=\\/:*\"<>|", 8, LanguageString::Get(kDatasetName));
 }
 
 NCOrvikModelNameValidator::NCOrvikModelNameValidator(const char* caption)
     : MaxStringValidator(caption) {
-  SetIllegalChars("");
-  mMaxLength = 1023;
-  mItemName = LanguageString::Get(kModelName);
+  SetRule("", 1023, LanguageString::Get(kModelName));
 }
