@@ -107,6 +107,16 @@ DWORD CurrentTimeZoneId() {
   return local.tm_isdst > 0 ? kTimeZoneIdDaylight : kTimeZoneIdStandard;
 }
 
+bool GetLocalTime(SYSTEMTIME* local) {
+  tzset();
+  timespec now{};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  tm wall{};
+  if (local == nullptr || !LocalAt(now.tv_sec, &wall)) return false;
+  return SystemTimeFromSeconds(now.tv_sec + wall.tm_gmtoff,
+                               static_cast<WORD>(now.tv_nsec / 1000000), local);
+}
+
 bool UtcToZoneLocalTime(const SYSTEMTIME& utc, SYSTEMTIME* local) {
   tzset();
   tm wall{};

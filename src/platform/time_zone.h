@@ -23,6 +23,10 @@ constexpr DWORD kTimeZoneIdInvalid = 0xFFFFFFFF;
 // the clock's time can't be broken down.
 DWORD CurrentTimeZoneId();
 
+// GetLocalTime: the wall-clock time of now in the current zone, with milliseconds. False only
+// if the clock's time can't be broken down.
+bool GetLocalTime(SYSTEMTIME* local);
+
 // SystemTimeToTzSpecificLocalTime for the current zone: the wall-clock time of a UTC time,
 // milliseconds kept. Unlike Windows, the offset is the one the tz database has for that
 // instant, so historical dates get their historical offsets.
