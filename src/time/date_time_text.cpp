@@ -3,11 +3,8 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <ctime>
-#include <stdexcept>
 #include <string>
 
-#include "platform/time_zone.h"
 #include "time/ticks.h"
 #include "zenutl/date_time_format.h"
 #include "zenutl/lumo_date_time.h"
@@ -143,6 +140,11 @@ std::string FormatTime(const boost::posix_time::ptime& time, const std::string& 
 
 // ---- Parsing ------------------------------------------------------------------------------
 
+// isspace in the "C" locale, and in every UTF-8 locale.
+bool IsSpace(char ch) {
+  return ch == ' ' || (ch >= '\t' && ch <= '\r');
+}
+
 // A position in a zero-terminated text. The text cursor of the parser may stand one character
 // before the text's start for a moment; it never stands past its end.
 struct Cursor {
@@ -153,7 +155,7 @@ struct Cursor {
   bool AtEnd() const { return pos >= size; }
   char Current() const { return pos >= 0 && pos < size ? begin[pos] : '\0'; }
   void SkipSpace() {
-    while (pos >= 0 && pos < size && std::isspace(static_cast<unsigned char>(begin[pos]))) ++pos;
+    while (pos >= 0 && pos < size && IsSpace(begin[pos])) ++pos;
   }
 };
 
@@ -301,17 +303,24 @@ bool InRange(int value, int low, int high) {
   return value >= low && value <= high;
 }
 
-int CurrentLocalYear() {
-  const long long now = static_cast<long long>(std::time(nullptr));
-  long offset = 0;
-  if (!zenutl::platform::ZoneOffsetAt(now, &offset)) {
-    throw std::runtime_error("could not convert calendar time to local time");
+// The current year is asked for only where a field needs it, so that the usual formats with a
+// four-digit year never read the clock; it can't change the result, as the clock's breakdown
+// does not fail here.
+class CurrentYear {
+ public:
+  int Get() {
+    if (mYear == kUnknown) mYear = WholeSecondNow(true).date().year();
+    return mYear;
   }
-  return static_cast<int>(CivilTimeOfTicks(kTicksOf1970 + (now + offset) * kTicksPerSecond).year);
-}
+
+ private:
+  static constexpr int kUnknown = -1;
+  int mYear = kUnknown;
+};
 
 struct ParsedFields {
-  int year;
+  bool hasYear = false;
+  int year = 0;
   int month = 1;
   int day = 1;
   int hour = 0;
@@ -322,7 +331,7 @@ struct ParsedFields {
 };
 
 // Reads the field at the format cursor into `fields`; false if its value is refused.
-bool ReadField(Cursor& text, Cursor& format, int currentYear, ParsedFields& fields) {
+bool ReadField(Cursor& text, Cursor& format, CurrentYear& currentYear, ParsedFields& fields) {
   switch (format.Current()) {
     case 'H':
       return InRange(fields.hour = ParseField(text, format), 0, 23);
@@ -344,9 +353,10 @@ bool ReadField(Cursor& text, Cursor& format, int currentYear, ParsedFields& fiel
       int year = ParseField(text, format);
       if (year < 100) {
         year += 2000;
-        if (year > currentYear + kCenturyWindow) year -= 100;
+        if (year > currentYear.Get() + kCenturyWindow) year -= 100;
       }
       fields.year = year;
+      fields.hasYear = true;
       return InRange(year, 1400, 2099);
     }
     default:
@@ -365,9 +375,8 @@ std::string LumoDateTime::ToLocalString(const std::string& format) const {
 }
 
 LumoDateTime LumoDateTime::ParseExact(const std::string& text, const std::string& format) {
-  const int currentYear = CurrentLocalYear();
+  CurrentYear currentYear;
   ParsedFields fields;
-  fields.year = currentYear;
   Cursor textCursor{text.c_str(), static_cast<std::ptrdiff_t>(std::strlen(text.c_str())), 0};
   Cursor formatCursor{format.c_str(), static_cast<std::ptrdiff_t>(std::strlen(format.c_str())), 0};
   while (!textCursor.AtEnd() && !formatCursor.AtEnd()) {
@@ -381,6 +390,7 @@ LumoDateTime LumoDateTime::ParseExact(const std::string& text, const std::string
   // The half days are added to the hour as it stands, in the 16 bits of the field.
   const std::uint32_t hour =
       static_cast<std::uint32_t>(fields.hour) + static_cast<std::uint32_t>(fields.halfDay) * 12u;
+  if (!fields.hasYear) fields.year = currentYear.Get();
   return LumoDateTime(static_cast<short>(fields.year), static_cast<short>(fields.month),
                       static_cast<short>(fields.day), static_cast<short>(hour),
                       static_cast<short>(fields.minute), static_cast<short>(fields.second),

@@ -1,8 +1,6 @@
 #include "zenutl/lumo_date_time.h"
 
 #include <cstdint>
-#include <ctime>
-#include <stdexcept>
 
 #include "platform/time_zone.h"
 #include "time/ticks.h"
@@ -70,30 +68,6 @@ bool LocalConversionSeconds(Ticks utcTicks, Ticks* seconds) {
   const Ticks wide = (utcTicks - kTicksOf1970) / kTicksPerSecond;
   *seconds = static_cast<std::int32_t>(static_cast<std::uint32_t>(wide));
   return *seconds >= 0;
-}
-
-Ticks TicksOfNow() {
-  return kTicksOf1970 + static_cast<Ticks>(std::time(nullptr)) * kTicksPerSecond;
-}
-
-// The clock's time broken down as UTC or as local time, rebuilt through the calendar check.
-ptime WholeSecondNow(bool local) {
-  Ticks ticks = TicksOfNow();
-  if (local) {
-    long offset = 0;
-    if (!zenutl::platform::ZoneOffsetAt((ticks - kTicksOf1970) / kTicksPerSecond, &offset)) {
-      throw std::runtime_error("could not convert calendar time to local time");
-    }
-    ticks += offset * kTicksPerSecond;
-  }
-  const CivilTime civil = CivilTimeOfTicks(ticks);
-  const Ticks dayNumber = ValidatedDate(static_cast<unsigned short>(civil.year),
-                                        static_cast<unsigned short>(civil.month),
-                                        static_cast<unsigned short>(civil.day))
-                              .day_number();
-  return PtimeFromTicks(dayNumber * kTicksPerDay +
-                        (civil.hour * 3600LL + civil.minute * 60LL + civil.second) *
-                            kTicksPerSecond);
 }
 
 }  // namespace

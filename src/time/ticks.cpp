@@ -1,8 +1,11 @@
 #include "time/ticks.h"
 
 #include <cstdint>
+#include <ctime>
+#include <stdexcept>
 
 #include "platform/system_time.h"
+#include "platform/time_zone.h"
 
 namespace zenutl {
 namespace time_detail {
@@ -46,6 +49,23 @@ CivilTime CivilTimeOfTicks(Ticks ticks) {
   civil.second = static_cast<unsigned>(ofDay / kTicksPerSecond % 60);
   civil.millisecond = static_cast<unsigned>(ofDay / kTicksPerMillisecond % 1000);
   return civil;
+}
+
+// Whole seconds, as the runtime's clock gives them; the calendar check is that of every date.
+boost::posix_time::ptime WholeSecondNow(bool local) {
+  const long long now = static_cast<long long>(std::time(nullptr));
+  long offset = 0;
+  if (local && !zenutl::platform::ZoneOffsetAt(now, &offset)) {
+    throw std::runtime_error("could not convert calendar time to local time");
+  }
+  const CivilTime civil = CivilTimeOfTicks(kTicksOf1970 + (now + offset) * kTicksPerSecond);
+  const Ticks dayNumber = ValidatedDate(static_cast<unsigned short>(civil.year),
+                                        static_cast<unsigned short>(civil.month),
+                                        static_cast<unsigned short>(civil.day))
+                              .day_number();
+  return PtimeFromTicks(dayNumber * kTicksPerDay +
+                        (civil.hour * 3600LL + civil.minute * 60LL + civil.second) *
+                            kTicksPerSecond);
 }
 
 }  // namespace time_detail

@@ -85,6 +85,10 @@ struct CivilTime {
 };
 CivilTime CivilTimeOfTicks(Ticks ticks);
 
+// Now, to the whole second, as UTC or on the local wall clock; std::runtime_error "could not
+// convert calendar time to local time" if the zone can't break the clock's time down.
+boost::posix_time::ptime WholeSecondNow(bool local);
+
 }  // namespace time_detail
 }  // namespace zenutl
 
