@@ -26,6 +26,7 @@
 #include "zenutl/platform_types.h"
 #include "zenutl/resource_module.h"
 #include "zenutl/rolling_checksum.h"
+#include "zenutl/stream_byte_helpers.h"
 #include "zenutl/string_xml_input_stream.h"
 #include "zenutl/system_info.h"
 #include "zenutl/time_functions.h"
