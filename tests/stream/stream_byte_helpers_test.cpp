@@ -6,13 +6,11 @@
 #include <sstream>
 #include <string>
 
+#include "stream/stream_test_support.h"
+
 namespace {
 
-std::string Bytes(std::initializer_list<int> values) {
-  std::string bytes;
-  for (int value : values) bytes += static_cast<char>(value);
-  return bytes;
-}
+using zenutl_test::Bytes;
 
 TEST(StreamByteHelpers, MoveItemsOfEachWidthAsTheyLieAndBack) {
   const unsigned char data[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
