@@ -27,13 +27,14 @@
 // "Day of month is not valid for year", `bad_month` "Month number is out of range 1..12",
 // `bad_year` "Year is out of valid range: 1400..9999". The parsers answer bad text with not a
 // date-time and let the same calendar exceptions through; the current-time functions throw
-// std::runtime_error when the clock can't be broken down. The formatters never throw. Nothing
-// else reports.
+// std::runtime_error when the clock can't be broken down. The formatters never throw. The
+// stream forms answer by `bool`. Nothing else reports.
 #ifndef ZENUTL_LUMO_DATE_TIME_H_
 #define ZENUTL_LUMO_DATE_TIME_H_
 
 #include <boost/date_time/gregorian/greg_duration.hpp>
 #include <boost/date_time/posix_time/posix_time_types.hpp>
+#include <iosfwd>
 #include <string>
 
 #include "zenutl/lumo_duration.h"
@@ -131,6 +132,17 @@ class LumoDateTime {
   // ParseExact with "ddd MMM dd HH:mm:ss yyyy", the layout of znasctime_r. Only the Swedish
   // "MAJ" names the fifth month, so a text of May gives not a date-time.
   static LumoDateTime ParseUsingAscTime(const std::string& text);
+
+  // The 10-byte stream form: a version byte of 1, then the LumoDuration form (9 bytes) of this
+  // minus 1900-01-01 00:00:00. Not a date-time writes the version byte alone and answers false;
+  // callers must test the answer, since reading that back takes the following bytes as the
+  // duration. Otherwise true when the stream's state is clear afterwards.
+  bool WriteToStream(std::ostream& stream) const;
+  // Reads the version byte (taken as 1 if the stream has none) and returns false, leaving this
+  // unchanged, if it is anything else. Otherwise this becomes 1900-01-01 plus the duration read
+  // (zero where the stream has none, not a date-time if its own version byte is wrong), and the
+  // answer is whether the stream's state is clear.
+  bool ReadFromStream(std::istream& stream);
 
   const boost::posix_time::ptime& GetPtime() const { return mTime; }
 

@@ -15,7 +15,7 @@
 //
 // Error contract: `operator/` throws `std::domain_error` for a divisor shorter than one
 // millisecond (the original divided by zero there); nothing else here throws. The stream
-// operations answer by `bool`.
+// operations answer by `bool` and leave the stream's state for the caller to see.
 #ifndef ZENUTL_LUMO_DURATION_H_
 #define ZENUTL_LUMO_DURATION_H_
 
@@ -61,6 +61,16 @@ class LumoDuration {
   // The whole seconds, narrowed to 32 bits, plus the milliseconds of the fraction / 1000: only
   // milliseconds are kept, so 1.0009 s => 1.0.
   long double GetSecondsAsDouble() const;
+
+  // The 9-byte stream form, raw little-endian bytes: a version byte of 1, then the signed
+  // 64-bit milliseconds (ticks / 1000, truncated): 1999 microseconds => 01 01 00 00 00 00 00 00
+  // 00. Writing answers true when the stream's state is clear afterwards.
+  bool WriteToStream(std::ostream& stream) const;
+  // Reads the version byte (taken as 1 if the stream has none) and returns false, leaving this
+  // unchanged, if it is anything else. Otherwise reads the milliseconds (taken as 0 where the
+  // stream has none) into this and answers whether the stream's state is clear: at the end of
+  // a stream this becomes zero and the answer is false.
+  bool ReadFromStream(std::istream& stream);
 
   const boost::posix_time::time_duration& GetDuration() const { return mDuration; }
 

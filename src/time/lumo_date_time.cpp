@@ -4,6 +4,7 @@
 
 #include "platform/time_zone.h"
 #include "time/ticks.h"
+#include "zenutl/stream_byte_helpers.h"
 
 namespace ZnTimeUtl {
 
@@ -13,6 +14,7 @@ using namespace zenutl::time_detail;  // NOLINT: the tick vocabulary
 
 namespace {
 
+constexpr unsigned char kStreamVersion = 1;
 constexpr double kEarliestVariantDate = -350000.0;
 constexpr double kLatestVariantDate = 2900000.0;
 constexpr Ticks kMillisecondsPerDay = 86400000;
@@ -168,6 +170,25 @@ LumoDateTime LumoDateTime::ToUTCTime(const LumoDateTime& local) {
   if (asIfLocal.mTime.is_special()) return LumoDateTime();
   const Ticks offset = WrappingSub(RawTicks(asIfLocal.mTime), RawTicks(local.mTime));
   return LumoDateTime(PtimeFromTicks(WrappingSub(RawTicks(local.mTime), offset)));
+}
+
+bool LumoDateTime::WriteToStream(std::ostream& stream) const {
+  const unsigned char version = kStreamVersion;
+  WriteBytes(&version, 1, stream);
+  if (mTime.is_not_a_date_time()) return false;
+  (*this - LumoDateTime(PtimeFromTicks(kTicksOf1900))).WriteToStream(stream);
+  return stream.good();
+}
+
+// What the inner read answers is not looked at: the stream's state tells the same.
+bool LumoDateTime::ReadFromStream(std::istream& stream) {
+  unsigned char version = kStreamVersion;
+  ReadBytes(&version, 1, stream);
+  if (version != kStreamVersion) return false;
+  LumoDuration sinceEpoch;
+  sinceEpoch.ReadFromStream(stream);
+  *this = LumoDateTime(PtimeFromTicks(kTicksOf1900)) + sinceEpoch;
+  return stream.good();
 }
 
 }  // namespace ZnTimeUtl

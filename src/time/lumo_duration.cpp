@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "time/ticks.h"
+#include "zenutl/stream_byte_helpers.h"
 
 namespace ZnTimeUtl {
 
@@ -20,6 +21,8 @@ using zenutl::time_detail::WrappingAdd;
 using zenutl::time_detail::WrappingMul;
 
 namespace {
+
+constexpr unsigned char kStreamVersion = 1;
 
 // The largest millisecond count whose ticks still fit in 64 bits.
 constexpr std::int64_t kMaxMilliseconds = INT64_MAX / kTicksPerMillisecond;
@@ -90,6 +93,25 @@ std::string LumoDuration::ToString() const {
 long double LumoDuration::GetSecondsAsDouble() const {
   const LONG wholeSeconds = static_cast<LONG>(RawTicks(mDuration) / kTicksPerSecond);
   return wholeSeconds + FractionalToMillisec(mDuration) / 1000.0L;
+}
+
+bool LumoDuration::WriteToStream(std::ostream& stream) const {
+  const unsigned char version = kStreamVersion;
+  const std::int64_t milliseconds = RawTicks(mDuration) / kTicksPerMillisecond;
+  WriteBytes(&version, 1, stream);
+  WriteEightBytes(&milliseconds, 1, stream);
+  return stream.good();
+}
+
+// The buffers are preset, so that what the stream does not hold reads as version 1 and zero.
+bool LumoDuration::ReadFromStream(std::istream& stream) {
+  unsigned char version = kStreamVersion;
+  std::int64_t milliseconds = 0;
+  ReadBytes(&version, 1, stream);
+  if (version != kStreamVersion) return false;
+  ReadEightBytes(&milliseconds, 1, stream);
+  mDuration = DurationFromTicks(WrappingMul(milliseconds, kTicksPerMillisecond));
+  return stream.good();
 }
 
 int FractionalToMillisec(const boost::posix_time::time_duration& duration) {

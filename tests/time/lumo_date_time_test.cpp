@@ -5,6 +5,7 @@
 #include <boost/date_time/posix_time/posix_time.hpp>
 #include <ctime>
 #include <ostream>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 
@@ -255,6 +256,47 @@ TEST(LumoDateTime, CurrentTimeHasWholeSecondsInTheZone) {
   const long long offset = (local - utc).GetDuration().total_seconds();
   EXPECT_GE(offset, 19800);
   EXPECT_LE(offset, 19800 + (after - before));
+}
+
+TEST(LumoDateTime, StreamFormIsAVersionByteAndTheDurationSince1900) {
+  const struct {
+    LumoDateTime time;
+    std::string bytes;
+  } rows[] = {
+      {At(2010, 3, 4, 5, 6, 7, 89000), std::string("\x01\x01\x71\x26\x8f\x79\x29\x03\0\0", 10)},
+      {At(1900, 1, 1), std::string("\x01\x01\0\0\0\0\0\0\0\0", 10)},
+      {At(1899, 12, 31, 23, 59, 59), std::string("\x01\x01\x18\xfc\xff\xff\xff\xff\xff\xff", 10)},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.time.ToUTCString(""));
+    std::stringstream stream;
+    EXPECT_TRUE(row.time.WriteToStream(stream));
+    EXPECT_EQ(stream.str(), row.bytes);
+    LumoDateTime back;
+    EXPECT_TRUE(back.ReadFromStream(stream));
+    EXPECT_EQ(back, row.time);
+  }
+}
+
+TEST(LumoDateTime, StreamFormOfNotADateTimeIsTheVersionByteAloneAndMisreadsWhatFollows) {
+  std::stringstream stream;
+  EXPECT_FALSE(kNotADateTime.WriteToStream(stream));
+  EXPECT_EQ(stream.str(), "\x01");
+  EXPECT_TRUE(LumoDuration(seconds(1)).WriteToStream(stream));
+  LumoDateTime misread;
+  EXPECT_TRUE(misread.ReadFromStream(stream));
+  EXPECT_EQ(misread, At(1900, 1, 1, 0, 0, 1));  // the duration taken for the date-time
+
+  LumoDateTime kept = At(2010, 1, 1);
+  std::istringstream wrongVersion("\x02\x01");
+  EXPECT_FALSE(kept.ReadFromStream(wrongVersion));
+  EXPECT_EQ(kept, At(2010, 1, 1));
+  std::istringstream wrongInnerVersion(std::string("\x01\x02\0\0\0\0\0\0\0\0", 10));
+  EXPECT_TRUE(kept.ReadFromStream(wrongInnerVersion));
+  EXPECT_EQ(kept, kNotADateTime);
+  std::istringstream empty;
+  EXPECT_FALSE(kept.ReadFromStream(empty));
+  EXPECT_EQ(kept, At(1900, 1, 1));
 }
 
 // ---- Text ---------------------------------------------------------------------------------

@@ -5,6 +5,7 @@
 #include <boost/date_time/posix_time/time_formatters.hpp>
 
 #include <cmath>
+#include <sstream>
 #include <stdexcept>
 
 namespace {
@@ -98,6 +99,41 @@ TEST(LumoDuration, TextAndSecondsKeepWhatTheyPromise) {
   // The whole seconds are narrowed to 32 bits.
   EXPECT_EQ(LumoDuration(seconds(2147483648LL) + milliseconds(250)).GetSecondsAsDouble(),
             -2147483648.0L + 0.25L);
+}
+
+TEST(LumoDuration, StreamFormIsAVersionByteAndSignedMilliseconds) {
+  const struct {
+    time_duration duration;
+    std::string bytes;
+    time_duration readBack;
+  } rows[] = {
+      {microseconds(1999), std::string("\x01\x01\0\0\0\0\0\0\0", 9), milliseconds(1)},
+      {seconds(-1), std::string("\x01\x18\xfc\xff\xff\xff\xff\xff\xff", 9), seconds(-1)},
+      {kNotADateTime, std::string("\x01\xf7\x53\xe3\xa5\x9b\xc4\x20\x00", 9),
+       microseconds(9223372036854775000LL)},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(boost::posix_time::to_simple_string(row.duration));
+    std::stringstream stream;
+    EXPECT_TRUE(LumoDuration(row.duration).WriteToStream(stream));
+    EXPECT_EQ(stream.str(), row.bytes);
+    LumoDuration back;
+    EXPECT_TRUE(back.ReadFromStream(stream));
+    EXPECT_EQ(back.GetDuration(), row.readBack);
+  }
+}
+
+TEST(LumoDuration, ReadingStopsAtAWrongVersionAndGivesZeroAtTheEnd) {
+  LumoDuration kept(seconds(7));
+  std::istringstream wrongVersion(std::string("\x02\x01\0\0\0\0\0\0\0", 9));
+  EXPECT_FALSE(kept.ReadFromStream(wrongVersion));
+  EXPECT_EQ(kept.GetDuration(), seconds(7));
+  std::istringstream empty;
+  EXPECT_FALSE(kept.ReadFromStream(empty));
+  EXPECT_EQ(kept.GetDuration(), seconds(0));
+  std::istringstream cut(std::string("\x01\xe8\x03", 3));  // 1000 ms, cut after two bytes
+  EXPECT_FALSE(kept.ReadFromStream(cut));
+  EXPECT_EQ(kept.GetDuration(), seconds(1));
 }
 
 TEST(FractionalToMillisec, TakesTheMillisecondsBelowOneSecondWithTheSign) {
