@@ -109,9 +109,10 @@ class LumoDateTime {
   // one character of the text, whatever it is: "2010x03" reads by "yyyy-MM" as "2010-03".
   // Text that runs out leaves the later fields at their defaults; text left over is ignored.
   // Fields (the value must lie in the range, else the result is not a date-time):
-  //   yyyy, yy, y: 4 or 2 characters (y: 1 or 2 digits, of which only 2 are read); a value
-  //       below 100 gets 2000 added, or 1900 if that would pass the current year plus 5;
-  //       then 1400 to 2099. A field that can't be read counts as -1 and so as 1999.
+  //   yyyy, yy: 4 or 2 characters, y two digits; a value below 100 gets 2000 added, or 1900
+  //       if that would pass the current year plus 5; then 1400 to 2099. A year field that
+  //       can't be read (also y before a single digit, or yyy) counts as -1 and so as 1999,
+  //       since -1 too is below 100: "ab" by "yy" is January 1, 1999.
   //   MM, M: 2 characters or 1 to 2 digits, 1 to 12. MMM: a month name (see
   //       ParseLiteralDateInternal).
   //   dd, d: 0 to 31 (a day of 0 then fails in the calendar check). ddd: skips a weekday name
