@@ -5,11 +5,18 @@
 #include "zenutl/audit_trail.h"
 #include "zenutl/audit_trail_settings.h"
 #include "zenutl/audit_trail_wrapper.h"
+<<<<<<< HEAD
 #include "zenutl/base64.h"
 #include "zenutl/blowfish.h"
+=======
+#include "zenutl/carchive.h"
+#include "zenutl/cexception.h"
+#include "zenutl/cfile.h"
+>>>>>>> datetime
 #include "zenutl/configuration_section.h"
 #include "zenutl/cstring.h"
 #include "zenutl/cstring_format_target.h"
+#include "zenutl/date_time_format.h"
 #include "zenutl/dom_print_filter.h"
 #include "zenutl/dom_serializer_format_target.h"
 #include "zenutl/exception.h"
@@ -24,8 +31,13 @@
 #include "zenutl/locales.h"
 #include "zenutl/log.h"
 #include "zenutl/log_user_comm.h"
+<<<<<<< HEAD
 #include "zenutl/md5.h"
 #include "zenutl/mem_util.h"
+=======
+#include "zenutl/lumo_date_time.h"
+#include "zenutl/lumo_duration.h"
+>>>>>>> datetime
 #include "zenutl/memory_xml_input_stream.h"
 #include "zenutl/mute_user_comm.h"
 #include "zenutl/near_unique_id.h"
@@ -34,6 +46,13 @@
 #include "zenutl/regression.h"
 #include "zenutl/resource_module.h"
 #include "zenutl/rolling_checksum.h"
+#include "zenutl/stream_byte_helpers.h"
+#include "zenutl/stream_directory_reader.h"
+#include "zenutl/stream_directory_writer.h"
+#include "zenutl/stream_helper_directory.h"
+#include "zenutl/stream_reader.h"
+#include "zenutl/stream_reader_proxy.h"
+#include "zenutl/stream_writer.h"
 #include "zenutl/string_xml_input_stream.h"
 #include "zenutl/system_info.h"
 #include "zenutl/time_functions.h"
@@ -46,7 +65,11 @@
 #include "zenutl/zentri_filter_validator.h"
 #include "zenutl/zn_file.h"
 #include "zenutl/zn_folder_stream_source.h"
+<<<<<<< HEAD
 #include "zenutl/zn_misc_util.h"
+=======
+#include "zenutl/zn_guid.h"
+>>>>>>> datetime
 #include "zenutl/zn_std_string.h"
 #include "zenutl/zn_stream_source.h"
 #include "zenutl/zn_string.h"

@@ -107,6 +107,7 @@ DWORD CurrentTimeZoneId() {
   return local.tm_isdst > 0 ? kTimeZoneIdDaylight : kTimeZoneIdStandard;
 }
 
+<<<<<<< HEAD
 bool GetLocalTime(SYSTEMTIME* local) {
   tzset();
   timespec now{};
@@ -118,11 +119,24 @@ bool GetLocalTime(SYSTEMTIME* local) {
 }
 
 bool UtcToZoneLocalTime(const SYSTEMTIME& utc, SYSTEMTIME* local) {
+=======
+bool ZoneLocalBreakdown(long long seconds, tm* local) {
+>>>>>>> datetime
   tzset();
+  return local != nullptr && LocalAt(seconds, local);
+}
+
+bool ZoneOffsetAt(long long seconds, long* offset) {
   tm wall{};
-  if (local == nullptr || !LocalAt(SecondsFromSystemTime(utc), &wall)) return false;
-  return SystemTimeFromSeconds(SecondsFromSystemTime(utc) + wall.tm_gmtoff, utc.wMilliseconds,
-                               local);
+  if (offset == nullptr || !ZoneLocalBreakdown(seconds, &wall)) return false;
+  *offset = wall.tm_gmtoff;
+  return true;
+}
+
+bool UtcToZoneLocalTime(const SYSTEMTIME& utc, SYSTEMTIME* local) {
+  long offset = 0;
+  if (local == nullptr || !ZoneOffsetAt(SecondsFromSystemTime(utc), &offset)) return false;
+  return SystemTimeFromSeconds(SecondsFromSystemTime(utc) + offset, utc.wMilliseconds, local);
 }
 
 bool ZoneLocalTimeToUtc(const SYSTEMTIME& local, bool withDaylightRules, SYSTEMTIME* utc) {

@@ -7,6 +7,8 @@
 #ifndef ZENUTL_PLATFORM_TIME_ZONE_H_
 #define ZENUTL_PLATFORM_TIME_ZONE_H_
 
+#include <time.h>
+
 #include "zenutl/platform_types.h"
 
 namespace zenutl {
@@ -26,6 +28,14 @@ DWORD CurrentTimeZoneId();
 // GetLocalTime: the wall-clock time of now in the current zone, with milliseconds. False only
 // if the clock's time can't be broken down.
 bool GetLocalTime(SYSTEMTIME* local);
+
+// _localtime64_s: the local breakdown of seconds since 1970 by the zone's rules for that instant;
+// false where the C library can't break it down.
+bool ZoneLocalBreakdown(long long seconds, tm* local);
+
+// The offset east of UTC, in seconds, that the zone's rules give the instant `seconds` (since
+// 1970): the local wall-clock time read as UTC, minus the instant. False as above.
+bool ZoneOffsetAt(long long seconds, long* offset);
 
 // SystemTimeToTzSpecificLocalTime for the current zone: the wall-clock time of a UTC time,
 // milliseconds kept. Unlike Windows, the offset is the one the tz database has for that

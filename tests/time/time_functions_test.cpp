@@ -9,29 +9,12 @@
 #include <string>
 
 #include "platform/time_zone.h"
+#include "support/scoped_environment.h"
 #include "time/time_functions_internal.h"
 
 namespace {
 
-// Sets TZ for one scope and puts the previous value back afterwards.
-class ScopedTimeZone {
- public:
-  explicit ScopedTimeZone(const char* zone) {
-    const char* previous = std::getenv("TZ");
-    hadPrevious_ = previous != nullptr;
-    if (hadPrevious_) previous_ = previous;
-    setenv("TZ", zone, 1);
-    tzset();
-  }
-  ~ScopedTimeZone() {
-    hadPrevious_ ? setenv("TZ", previous_.c_str(), 1) : unsetenv("TZ");
-    tzset();
-  }
-
- private:
-  bool hadPrevious_ = false;
-  std::string previous_;
-};
+using zenutl_test::ScopedTimeZone;
 
 std::string Fields(const tm& t) {
   char text[96];

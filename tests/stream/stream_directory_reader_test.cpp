@@ -1,0 +1,145 @@
+#include "zenutl/stream_directory_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "stream/stream_test_support.h"
+#include "support/exception_matchers.h"
+#include "zenutl/stream_directory_writer.h"
+
+namespace {
+
+using zenutl_test::Bytes;
+typedef StreamHelperDirectory Directory;
+
+class StreamDirectoryReaderTest : public zenutl_test::TempDirTest {};
+
+// "pre", then a directory of three streams: 0 holds "c", 1 was never begun, 2 holds "ab" (and
+// was written first), then "post".
+const std::string kSample = "pre" + Bytes({0, 3, 3, 0, 1, 4}) + "abc" + "post";
+
+// A string buffer that counts the absolute seeks made on it; asking for the position is free.
+class SeekCountingBuffer : public std::stringbuf {
+ public:
+  explicit SeekCountingBuffer(const std::string& bytes) : std::stringbuf(bytes) {}
+  int seeks = 0;
+
+ protected:
+  pos_type seekpos(pos_type position, std::ios::openmode which) override {
+    ++seeks;
+    return std::stringbuf::seekpos(position, which);
+  }
+};
+
+TEST_F(StreamDirectoryReaderTest, FindsStreamsInAnyOrderAndAnswersAbsentForTheRest) {
+  const zenutl_test::ReadSteps read = [](StreamReader& reader) {
+    reader.Seek(3);
+    {
+      StreamDirectoryReader directory(reader);
+      EXPECT_EQ(directory.GetStream(0).ReadChar(), 'c');
+      EXPECT_EQ(directory.GetStream(2, std::nothrow), &reader);
+      EXPECT_EQ(reader.ReadChar(), 'a');
+      for (unsigned int absent : {1u, 3u, 254u, 4000000000u}) {
+        SCOPED_TRACE(absent);
+        EXPECT_EQ(directory.GetStream(absent, std::nothrow), nullptr);
+        EXPECT_THROW_WHY(directory.GetStream(absent), StreamException, "Invalid stream.");
+      }
+    }
+    EXPECT_EQ(reader.ReadChar(), 'p');  // behind the container
+  };
+  zenutl_test::ReadFromStream(kSample, read);
+  zenutl_test::ReadFromArchive(File("in.bin"), kSample, read);
+}
+
+TEST_F(StreamDirectoryReaderTest, ReadingInWrittenOrderSeeksNever) {
+  SeekCountingBuffer buffer(kSample.substr(3));
+  std::istream stream(&buffer);
+  StreamReader reader(stream);
+  {
+    StreamDirectoryReader directory(reader);
+    EXPECT_EQ(directory.GetStream(2).ReadInt16(), 'a' | 'b' << 8);
+    EXPECT_EQ(directory.GetStream(0).ReadChar(), 'c');
+  }
+  EXPECT_EQ(buffer.seeks, 0);
+  {
+    stream.seekg(0);
+    buffer.seeks = 0;
+    StreamDirectoryReader directory(reader);  // reads nothing, yet ends behind the container
+  }
+  EXPECT_EQ(buffer.seeks, 1);
+  EXPECT_EQ(reader.ReadChar(), 'p');
+}
+
+TEST_F(StreamDirectoryReaderTest, DamagedHeadersFailWithTheirOwnMessages) {
+  struct Case {
+    const char* name;
+    std::string bytes;
+    const char* failure;
+  };
+  const Case cases[] = {
+      {"empty", "", "ReadUInt8 failed"},
+      {"size code 4", Bytes({4, 0, 1}), "Invalid offset size."},
+      {"size code 255", Bytes({255, 0, 1}), "Invalid offset size."},
+      {"offsets cut short", Bytes({1, 2, 1, 0, 1}), "ReadUInt16 failed"},
+      {"end offset 0", Bytes({0, 0, 0}), "Invalid end offset."},
+      {"end offset negative", Bytes({3, 0, 1, 0, 0, 0, 0, 0, 0, 0x80}), "Invalid end offset."},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    zenutl_test::ReadFromStream(c.bytes, [&](StreamReader& reader) {
+      EXPECT_THROW_WHY(StreamDirectoryReader directory(reader), StreamException, c.failure);
+    });
+  }
+}
+
+TEST_F(StreamDirectoryReaderTest, OffsetsPointingAnywhereFailWithoutLeavingTheData) {
+  struct Case {
+    const char* name;
+    std::string bytes;
+    const char* failure;
+  };
+  const Case cases[] = {
+      {"stream beyond the end", Bytes({0, 1, 9, 2, 'x'}), "Invalid stream."},
+      {"stream beyond the data", Bytes({0, 1, 200, 250, 'x'}), "Seek failed."},
+      {"positions beyond 2^63",
+       Bytes({3, 1, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x7F, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
+              0xFF, 0xFF, 0x7F}),
+       "Seek failed."},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    // Damage is no absence: the nothrow form throws too. The destructors cannot reach the end
+    // either, and say nothing.
+    zenutl_test::ReadFromStream(c.bytes, [&](StreamReader& reader) {
+      StreamDirectoryReader directory(reader);
+      EXPECT_THROW_WHY(directory.GetStream(0), StreamException, c.failure);
+    });
+    zenutl_test::ReadFromStream(c.bytes, [&](StreamReader& reader) {
+      StreamDirectoryReader directory(reader);
+      EXPECT_THROW_WHY(directory.GetStream(0, std::nothrow), StreamException, c.failure);
+    });
+  }
+}
+
+TEST_F(StreamDirectoryReaderTest, FindsAStreamBeyondFourGigabytesWithSixtyFourBitOffsets) {
+  const long long far = 0x100000010LL;
+  {
+    std::ofstream file(File("sparse.bin"), std::ios::binary | std::ios::trunc);
+    StreamWriter writer(file);
+    StreamDirectoryWriter directory(writer, 2, Directory::e64Bit);
+    directory.GetStream(0).WriteChar('n');
+    writer.Seek(writer.Tell() + far);
+    directory.GetStream(1).WriteChar('f');
+  }
+  std::ifstream file(File("sparse.bin"), std::ios::binary);
+  StreamReader reader(file);
+  StreamDirectoryReader directory(reader);
+  EXPECT_EQ(directory.GetStream(1).ReadChar(), 'f');
+  EXPECT_GT(reader.Tell(), far);
+  EXPECT_EQ(directory.GetStream(0).ReadChar(), 'n');
+}
+
+}  // namespace
