@@ -107,7 +107,6 @@ DWORD CurrentTimeZoneId() {
   return local.tm_isdst > 0 ? kTimeZoneIdDaylight : kTimeZoneIdStandard;
 }
 
-<<<<<<< HEAD
 bool GetLocalTime(SYSTEMTIME* local) {
   tzset();
   timespec now{};
@@ -118,10 +117,7 @@ bool GetLocalTime(SYSTEMTIME* local) {
                                static_cast<WORD>(now.tv_nsec / 1000000), local);
 }
 
-bool UtcToZoneLocalTime(const SYSTEMTIME& utc, SYSTEMTIME* local) {
-=======
 bool ZoneLocalBreakdown(long long seconds, tm* local) {
->>>>>>> datetime
   tzset();
   return local != nullptr && LocalAt(seconds, local);
 }
