@@ -56,6 +56,18 @@ inline void ReadFromArchive(const std::string& path, const std::string& bytes,
   read(reader);
 }
 
+// The m_cause of the `Thrown` (CFileException, CArchiveException) that `operation` throws, or
+// -1 if it throws none.
+template <typename Thrown, typename Operation>
+int CauseThrownBy(Operation operation) {
+  try {
+    operation();
+  } catch (const Thrown& e) {
+    return e.m_cause;
+  }
+  return -1;
+}
+
 // Byte strings written as lists of byte values.
 inline std::string Bytes(std::initializer_list<int> values) {
   std::string bytes;
