@@ -56,6 +56,16 @@ inline void ReadFromArchive(const std::string& path, const std::string& bytes,
   read(reader);
 }
 
+// Runs `read` on `bytes` held by a std::istringstream, then through an archive on `path`.
+inline void ReadFromBoth(const std::string& path, const std::string& bytes, const ReadSteps& read) {
+  {
+    SCOPED_TRACE("std::istream");
+    ReadFromStream(bytes, read);
+  }
+  SCOPED_TRACE("CArchive");
+  ReadFromArchive(path, bytes, read);
+}
+
 // The m_cause of the `Thrown` (CFileException, CArchiveException) that `operation` throws, or
 // -1 if it throws none.
 template <typename Thrown, typename Operation>
