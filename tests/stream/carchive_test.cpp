@@ -95,14 +95,4 @@ TEST_F(CArchiveTest, RefusesTheWrongDirectionAndUseAfterClose) {
             CArchiveException::readOnly);
 }
 
-TEST_F(CArchiveTest, NoFlushOnDeleteDropsWhatIsBuffered) {
-  const std::string path = File("dropped.bin");
-  {
-    CFile file(path.c_str(), CFile::modeCreate | CFile::modeWrite);
-    CArchive archive(&file, CArchive::store | CArchive::bNoFlushOnDelete);
-    archive.Write("lost", 4);
-  }
-  EXPECT_EQ(ReadWholeFile(path), "");
-}
-
 }  // namespace

@@ -92,9 +92,7 @@ TEST(StreamByteHelpers, EachBinaryStringReaderReadsTheFormatItsWay) {
     std::string text;
     std::string asCString;  // ends at the first zero byte
   };
-  const Case cases[] = {{"empty", "", ""},
-                        {"embedded zero", std::string("ab\0cd", 5), "ab"},
-                        {"65535 bytes", std::string(65535, 'z'), std::string(65535, 'z')}};
+  const Case cases[] = {{"empty", "", ""}, {"embedded zero", std::string("ab\0cd", 5), "ab"}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     const std::string image =
@@ -124,14 +122,6 @@ TEST(StreamByteHelpers, AReusableBufferIsReplacedOnlyWhenTheTextDoesNotFit) {
   EXPECT_EQ(capacity, 11);
   EXPECT_STREQ(buffer, "0123456789");
   delete[] buffer;
-
-  std::istringstream again(Bytes({2, 0}) + "hi");
-  char* none = nullptr;
-  int stale = 50;  // a null buffer holds nothing, whatever its capacity says
-  ASSERT_TRUE(ReadBinaryString(&none, &stale, again));
-  EXPECT_STREQ(none, "hi");
-  EXPECT_EQ(stale, 3);
-  delete[] none;
 }
 
 TEST(StreamByteHelpers, TruncatedBinaryStringsAnswerFalseAndLeaveTheirTargetsAsDocumented) {
