@@ -11,8 +11,8 @@
 // Error contract: failures of the file pass through as CFileException. Reading from an archive
 // that stores throws CArchiveException `writeOnly`, writing to one that loads `readOnly`, any use
 // after Close `genericException`. Read answers fewer bytes than asked only at the end of the
-// file. The destructor closes the archive (flushing a storing one) unless made with
-// `bNoFlushOnDelete`, and never throws: call Close first to see a failure of the last write.
+// file. The destructor closes the archive (flushing a storing one) and never throws: call Close
+// first to see a failure of the last write.
 // The archive does not own the file.
 #ifndef ZENUTL_CARCHIVE_H_
 #define ZENUTL_CARCHIVE_H_
@@ -25,10 +25,9 @@
 
 class CArchive {
  public:
-  enum Mode { store = 0, load = 1, bNoFlushOnDelete = 2 };
+  enum Mode { store = 0, load = 1 };
 
-  // `mode` is store or load, with bNoFlushOnDelete added if wanted. Buffers smaller than 128
-  // bytes are made 128 bytes.
+  // `mode` is store or load. Buffers smaller than 128 bytes are made 128 bytes.
   CArchive(CFile* file, UINT mode, int bufferSize = 4096);
   ~CArchive();
   CArchive(const CArchive&) = delete;

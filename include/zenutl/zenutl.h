@@ -5,14 +5,11 @@
 #include "zenutl/audit_trail.h"
 #include "zenutl/audit_trail_settings.h"
 #include "zenutl/audit_trail_wrapper.h"
-<<<<<<< HEAD
 #include "zenutl/base64.h"
 #include "zenutl/blowfish.h"
-=======
 #include "zenutl/carchive.h"
 #include "zenutl/cexception.h"
 #include "zenutl/cfile.h"
->>>>>>> datetime
 #include "zenutl/configuration_section.h"
 #include "zenutl/cstring.h"
 #include "zenutl/cstring_format_target.h"
@@ -31,13 +28,10 @@
 #include "zenutl/locales.h"
 #include "zenutl/log.h"
 #include "zenutl/log_user_comm.h"
-<<<<<<< HEAD
-#include "zenutl/md5.h"
-#include "zenutl/mem_util.h"
-=======
 #include "zenutl/lumo_date_time.h"
 #include "zenutl/lumo_duration.h"
->>>>>>> datetime
+#include "zenutl/md5.h"
+#include "zenutl/mem_util.h"
 #include "zenutl/memory_xml_input_stream.h"
 #include "zenutl/mute_user_comm.h"
 #include "zenutl/near_unique_id.h"
@@ -65,11 +59,8 @@
 #include "zenutl/zentri_filter_validator.h"
 #include "zenutl/zn_file.h"
 #include "zenutl/zn_folder_stream_source.h"
-<<<<<<< HEAD
-#include "zenutl/zn_misc_util.h"
-=======
 #include "zenutl/zn_guid.h"
->>>>>>> datetime
+#include "zenutl/zn_misc_util.h"
 #include "zenutl/zn_std_string.h"
 #include "zenutl/zn_stream_source.h"
 #include "zenutl/zn_string.h"

@@ -17,7 +17,7 @@ CArchive::CArchive(CFile* file, UINT mode, int bufferSize)
       mLimit(0) {}
 
 CArchive::~CArchive() {
-  if (mFile == nullptr || (mMode & bNoFlushOnDelete)) return;
+  if (mFile == nullptr) return;
   try {
     Close();
   } catch (const CException&) {

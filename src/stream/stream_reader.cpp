@@ -37,7 +37,8 @@ void StreamReader::Seek(long long position) {
   if (mStream->seekg(position).fail()) throw StreamException("Seek failed.");
 }
 
-void StreamReader::ReadRaw(void* data, std::size_t size, const char* failure) {
+// Inline, so that each typed operation reaches the stream in one call of its own.
+inline void StreamReader::ReadRaw(void* data, std::size_t size, const char* failure) {
   if (size == 0) return;
   Guarded(failure, [&] {
     if (mIsArchive) {

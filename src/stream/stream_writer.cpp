@@ -26,7 +26,8 @@ void StreamWriter::Seek(long long position) {
   if (mStream->seekp(position).fail()) throw StreamException("Seek failed.");
 }
 
-void StreamWriter::WriteRaw(const void* data, std::size_t size, const char* failure) {
+// Inline, so that each typed operation reaches the stream in one call of its own.
+inline void StreamWriter::WriteRaw(const void* data, std::size_t size, const char* failure) {
   if (size == 0) return;
   Guarded(failure, [&] {
     if (mIsArchive) {

@@ -5,11 +5,13 @@
 
 #include <string>
 
+#include "stream/stream_test_support.h"
 #include "support/full_disk.h"
 #include "support/temp_dir.h"
 
 namespace {
 
+using zenutl_test::CauseThrownBy;
 using zenutl_test::ReadWholeFile;
 using zenutl_test::WriteWholeFile;
 
@@ -59,17 +61,6 @@ TEST_F(CFileTest, CreateEmptiesAFileUnlessToldNotTo) {
   EXPECT_EQ(ReadWholeFile(path), "");
 }
 
-// The cause of the CFileException that `operation` throws, or -1 if it throws none.
-template <typename Operation>
-int CauseThrownBy(Operation operation) {
-  try {
-    operation();
-  } catch (const CFileException& e) {
-    return e.m_cause;
-  }
-  return -1;
-}
-
 TEST_F(CFileTest, FailuresCarryTheFrameworkCauseAndTheSystemsText) {
   CFileException error;
   CFile file;
@@ -78,14 +69,17 @@ TEST_F(CFileTest, FailuresCarryTheFrameworkCauseAndTheSystemsText) {
   EXPECT_EQ(ErrorText(error), "No such file or directory: " + File("missing.bin"));
   EXPECT_FALSE(file.Open(Dir().string().c_str(), CFile::modeRead, &error));
   EXPECT_EQ(error.m_cause, CFileException::accessDenied);
-  EXPECT_EQ(CauseThrownBy([&] { CFile(File("missing.bin").c_str(), CFile::modeRead); }),
-            CFileException::fileNotFound);
+  EXPECT_EQ(
+      CauseThrownBy<CFileException>([&] { CFile(File("missing.bin").c_str(), CFile::modeRead); }),
+      CFileException::fileNotFound);
 
   const std::string path = File("written.bin");
   CFile writeOnly(path.c_str(), CFile::modeCreate | CFile::modeWrite);
   char byte;
-  EXPECT_EQ(CauseThrownBy([&] { writeOnly.Read(&byte, 1); }), CFileException::accessDenied);
-  EXPECT_EQ(CauseThrownBy([&] { writeOnly.Seek(-1, CFile::begin); }), CFileException::badSeek);
+  EXPECT_EQ(CauseThrownBy<CFileException>([&] { writeOnly.Read(&byte, 1); }),
+            CFileException::accessDenied);
+  EXPECT_EQ(CauseThrownBy<CFileException>([&] { writeOnly.Seek(-1, CFile::begin); }),
+            CFileException::badSeek);
   {
     zenutl::platform::ScopedFileCalls full(zenutl_test::FullDiskCalls());
     try {
@@ -97,7 +91,8 @@ TEST_F(CFileTest, FailuresCarryTheFrameworkCauseAndTheSystemsText) {
     }
   }
   writeOnly.Close();
-  EXPECT_EQ(CauseThrownBy([&] { writeOnly.GetPosition(); }), CFileException::invalidFile);
+  EXPECT_EQ(CauseThrownBy<CFileException>([&] { writeOnly.GetPosition(); }),
+            CFileException::invalidFile);
 }
 
 }  // namespace

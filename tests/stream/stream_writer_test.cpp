@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -16,237 +18,6 @@
 namespace {
 
 using zenutl_test::Bytes;
-
-class StreamWriterTest : public zenutl_test::TempDirTest {};
-
-struct Encoding {
-  const char* name;
-  zenutl_test::WriteSteps write;
-  std::string bytes;
-  zenutl_test::ReadSteps readBack;  // checks the values
-};
-
-// Every scalar form, the widths' wrap points, and vector forms of each width.
-std::vector<Encoding> Encodings() {
-  return {
-      {"Bool",
-       [](StreamWriter& w) {
-         w.WriteBool(true);
-         w.WriteBool(false);
-       },
-       Bytes({1, 0}),
-       [](StreamReader& r) {
-         EXPECT_TRUE(r.ReadBool());
-         EXPECT_FALSE(r.ReadBool());
-       }},
-      {"Char and Int8",
-       [](StreamWriter& w) {
-         w.WriteChar('A');
-         w.WriteInt8(-2);
-       },
-       Bytes({0x41, 0xFE}),
-       [](StreamReader& r) {
-         EXPECT_EQ(r.ReadChar(), 'A');
-         EXPECT_EQ(r.ReadInt8(), -2);
-       }},
-      {"UInt8", [](StreamWriter& w) { w.WriteUInt8(200); }, Bytes({200}),
-       [](StreamReader& r) { EXPECT_EQ(r.ReadUInt8(), 200); }},
-      {"Int16",
-       [](StreamWriter& w) {
-         w.WriteInt16(SHRT_MIN);
-         w.WriteInt16(-2);
-       },
-       Bytes({0, 0x80, 0xFE, 0xFF}),
-       [](StreamReader& r) {
-         EXPECT_EQ(r.ReadInt16(), SHRT_MIN);
-         EXPECT_EQ(r.ReadInt16(), -2);
-       }},
-      {"UInt16", [](StreamWriter& w) { w.WriteUInt16(0xABCD); }, Bytes({0xCD, 0xAB}),
-       [](StreamReader& r) { EXPECT_EQ(r.ReadUInt16(), 0xABCD); }},
-      {"Int32",
-       [](StreamWriter& w) {
-         w.WriteInt32(INT_MIN);
-         w.WriteInt32(-1);
-       },
-       Bytes({0, 0, 0, 0x80, 0xFF, 0xFF, 0xFF, 0xFF}),
-       [](StreamReader& r) {
-         EXPECT_EQ(r.ReadInt32(), INT_MIN);
-         EXPECT_EQ(r.ReadInt32(), -1);
-       }},
-      // Four bytes whatever the width of the caller's unsigned long; above 2^31 stays positive.
-      {"UInt32",
-       [](StreamWriter& w) {
-         w.WriteUInt32(0xFFFFFFFFul);
-         w.WriteUInt32(0x80000000ul);
-       },
-       Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0x80}),
-       [](StreamReader& r) {
-         EXPECT_EQ(r.ReadUInt32(), 4294967295ull);
-         EXPECT_EQ(r.ReadUInt32(), 2147483648ull);
-       }},
-      {"Int64", [](StreamWriter& w) { w.WriteInt64(-2); },
-       Bytes({0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}),
-       [](StreamReader& r) { EXPECT_EQ(r.ReadInt64(), -2); }},
-      {"UInt64", [](StreamWriter& w) { w.WriteUInt64(0x0102030405060708ull); },
-       Bytes({8, 7, 6, 5, 4, 3, 2, 1}),
-       [](StreamReader& r) { EXPECT_EQ(r.ReadUInt64(), 0x0102030405060708ull); }},
-      {"Float", [](StreamWriter& w) { w.WriteFloat(1.0f); }, Bytes({0, 0, 0x80, 0x3F}),
-       [](StreamReader& r) { EXPECT_EQ(r.ReadFloat(), 1.0f); }},
-      {"Double", [](StreamWriter& w) { w.WriteDouble(-2.5); },
-       Bytes({0, 0, 0, 0, 0, 0, 0x04, 0xC0}),
-       [](StreamReader& r) { EXPECT_EQ(r.ReadDouble(), -2.5); }},
-      {"String",
-       [](StreamWriter& w) {
-         w.WriteString("ab");
-         w.WriteString("");
-       },
-       Bytes({2, 0, 0, 0, 'a', 'b', 0, 0, 0, 0}),
-       [](StreamReader& r) {
-         EXPECT_EQ(r.ReadString(), "ab");
-         EXPECT_EQ(r.ReadString(), "");
-       }},
-      {"StdString with a zero byte",
-       [](StreamWriter& w) { w.WriteStdString(std::string("a\0b", 3)); },
-       Bytes({3, 0, 0, 0, 'a', 0, 'b'}),
-       [](StreamReader& r) { EXPECT_EQ(r.ReadStdString(), std::string("a\0b", 3)); }},
-      {"BoolVector and CharVector",
-       [](StreamWriter& w) {
-         const bool flags[] = {true, false};
-         w.WriteBoolVector(flags, 2);
-         w.WriteCharVector("xy", 2);
-       },
-       Bytes({1, 0, 'x', 'y'}),
-       [](StreamReader& r) {
-         bool flags[2];
-         char text[2];
-         r.ReadBoolVector(flags, 2);
-         r.ReadCharVector(text, 2);
-         EXPECT_TRUE(flags[0] && !flags[1] && text[0] == 'x' && text[1] == 'y');
-       }},
-      {"Int16Vector",
-       [](StreamWriter& w) {
-         const short values[] = {1, -1};
-         w.WriteInt16Vector(values, 2);
-       },
-       Bytes({1, 0, 0xFF, 0xFF}),
-       [](StreamReader& r) {
-         short values[2];
-         r.ReadInt16Vector(values, 2);
-         EXPECT_TRUE(values[0] == 1 && values[1] == -1);
-       }},
-      {"UInt32Vector",
-       [](StreamWriter& w) {
-         const std::uint32_t values[] = {1, 0xFFFFFFFF};
-         w.WriteUInt32Vector(values, 2);
-       },
-       Bytes({1, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF}),
-       [](StreamReader& r) {
-         std::uint32_t values[2];
-         r.ReadUInt32Vector(values, 2);
-         EXPECT_TRUE(values[0] == 1 && values[1] == 0xFFFFFFFF);
-       }},
-      {"DoubleVector and an empty one",
-       [](StreamWriter& w) {
-         const double values[] = {1.0, -2.5};
-         w.WriteDoubleVector(values, 2);
-         w.WriteFloatVector(nullptr, 0);
-       },
-       Bytes({0, 0, 0, 0, 0, 0, 0xF0, 0x3F, 0, 0, 0, 0, 0, 0, 0x04, 0xC0}),
-       [](StreamReader& r) {
-         double values[2];
-         r.ReadDoubleVector(values, 2);
-         r.ReadFloatVector(nullptr, 0);
-         EXPECT_TRUE(values[0] == 1.0 && values[1] == -2.5);
-       }},
-      {"StringVector and StdStringVector",
-       [](StreamWriter& w) {
-         const CString texts[] = {"a", ""};
-         const std::string standard[] = {"bc"};
-         w.WriteStringVector(texts, 2);
-         w.WriteStdStringVector(standard, 1);
-       },
-       Bytes({1, 0, 0, 0, 'a', 0, 0, 0, 0, 2, 0, 0, 0, 'b', 'c'}),
-       [](StreamReader& r) {
-         CString texts[2];
-         std::string standard[1];
-         r.ReadStringVector(texts, 2);
-         r.ReadStdStringVector(standard, 1);
-         EXPECT_TRUE(texts[0] == "a" && texts[1] == "" && standard[0] == "bc");
-       }},
-  };
-}
-
-TEST_F(StreamWriterTest, EveryFormHasItsExactBytesOnStreamsAndArchivesAndReadsBack) {
-  for (const Encoding& e : Encodings()) {
-    SCOPED_TRACE(e.name);
-    const zenutl_test::WriteSteps writeAll = [&](StreamWriter& w) {
-      e.write(w);
-      EXPECT_EQ(w.Tell(), static_cast<long long>(e.bytes.size()));
-    };
-    EXPECT_EQ(zenutl_test::WrittenToStream(writeAll), e.bytes);
-    EXPECT_EQ(zenutl_test::WrittenToArchive(File("out.bin"), writeAll), e.bytes);
-    const zenutl_test::ReadSteps readAll = [&](StreamReader& r) {
-      e.readBack(r);
-      EXPECT_EQ(r.Tell(), static_cast<long long>(e.bytes.size()));
-    };
-    zenutl_test::ReadFromStream(e.bytes, readAll);
-    zenutl_test::ReadFromArchive(File("in.bin"), e.bytes, readAll);
-  }
-}
-
-TEST_F(StreamWriterTest, EveryWriteOnAFailedStreamThrowsItsOwnMessage) {
-  const CString texts[] = {"x"};
-  const std::string standard[] = {"x"};
-  const bool flags[] = {true};
-  const char chars[] = {'x'};
-  const unsigned char bytes[] = {1};
-  const short shorts[] = {1};
-  const unsigned short ushorts[] = {1};
-  const int ints[] = {1};
-  const std::uint32_t uints[] = {1};
-  const long long longs[] = {1};
-  const unsigned long long ulongs[] = {1};
-  const float floats[] = {1};
-  const double doubles[] = {1};
-  const std::pair<const char*, zenutl_test::WriteSteps> cases[] = {
-      {"WriteBool failed", [](StreamWriter& w) { w.WriteBool(true); }},
-      {"WriteChar failed", [](StreamWriter& w) { w.WriteChar('x'); }},
-      {"WriteInt8 failed", [](StreamWriter& w) { w.WriteInt8(1); }},
-      {"WriteUInt8 failed", [](StreamWriter& w) { w.WriteUInt8(1); }},
-      {"WriteInt16 failed", [](StreamWriter& w) { w.WriteInt16(1); }},
-      {"WriteUInt16 failed", [](StreamWriter& w) { w.WriteUInt16(1); }},
-      {"WriteInt32 failed", [](StreamWriter& w) { w.WriteInt32(1); }},
-      {"WriteUInt32 failed", [](StreamWriter& w) { w.WriteUInt32(1); }},
-      {"WriteInt64 failed", [](StreamWriter& w) { w.WriteInt64(1); }},
-      {"WriteUInt64 failed", [](StreamWriter& w) { w.WriteUInt64(1); }},
-      {"WriteFloat failed", [](StreamWriter& w) { w.WriteFloat(1); }},
-      {"WriteDouble failed", [](StreamWriter& w) { w.WriteDouble(1); }},
-      {"WriteBoolVector failed", [&](StreamWriter& w) { w.WriteBoolVector(flags, 1); }},
-      {"WriteCharVector failed", [&](StreamWriter& w) { w.WriteCharVector(chars, 1); }},
-      {"WriteInt8Vector failed", [&](StreamWriter& w) { w.WriteInt8Vector(chars, 1); }},
-      {"WriteUInt8Vector failed", [&](StreamWriter& w) { w.WriteUInt8Vector(bytes, 1); }},
-      {"WriteInt16Vector failed", [&](StreamWriter& w) { w.WriteInt16Vector(shorts, 1); }},
-      {"WriteUInt16Vector failed", [&](StreamWriter& w) { w.WriteUInt16Vector(ushorts, 1); }},
-      {"WriteInt32Vector failed", [&](StreamWriter& w) { w.WriteInt32Vector(ints, 1); }},
-      {"WriteUInt32Vector failed", [&](StreamWriter& w) { w.WriteUInt32Vector(uints, 1); }},
-      {"WriteInt64Vector failed", [&](StreamWriter& w) { w.WriteInt64Vector(longs, 1); }},
-      {"WriteUInt64Vector failed", [&](StreamWriter& w) { w.WriteUInt64Vector(ulongs, 1); }},
-      {"WriteFloatVector failed", [&](StreamWriter& w) { w.WriteFloatVector(floats, 1); }},
-      {"WriteDoubleVector failed", [&](StreamWriter& w) { w.WriteDoubleVector(doubles, 1); }},
-      // A text's length goes first, and its failure is the one reported.
-      {"WriteUInt32 failed", [](StreamWriter& w) { w.WriteString("x"); }},
-      {"WriteUInt32 failed", [](StreamWriter& w) { w.WriteStdString("x"); }},
-      {"WriteUInt32 failed", [&](StreamWriter& w) { w.WriteStringVector(texts, 1); }},
-      {"WriteUInt32 failed", [&](StreamWriter& w) { w.WriteStdStringVector(standard, 1); }},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.first);
-    std::ostringstream stream;
-    stream.setstate(std::ios::badbit);
-    StreamWriter writer(stream);
-    EXPECT_THROW_WHY(c.second(writer), StreamException, c.first);
-  }
-}
 
 // A stream that takes exactly `room` bytes and refuses the rest.
 class LimitedBuffer : public std::stringbuf {
@@ -264,12 +35,127 @@ class LimitedBuffer : public std::stringbuf {
   std::streamsize mRoom;
 };
 
-TEST_F(StreamWriterTest, ATextWhoseBytesDoNotFitFailsAsTheTextNotTheLength) {
-  const std::pair<const char*, zenutl_test::WriteSteps> cases[] = {
+class StreamWriterTest : public zenutl_test::TempDirTest {
+ protected:
+  // Expects `write` to give `bytes` on a stream and on an archive, and `read` to take them back
+  // on both, ending where they end.
+  void ExpectRoundTrip(const zenutl_test::WriteSteps& write, const std::string& bytes,
+                       const zenutl_test::ReadSteps& read) {
+    const zenutl_test::WriteSteps writeAll = [&](StreamWriter& w) {
+      write(w);
+      EXPECT_EQ(w.Tell(), static_cast<long long>(bytes.size()));
+    };
+    EXPECT_EQ(zenutl_test::WrittenToStream(writeAll), bytes);
+    EXPECT_EQ(zenutl_test::WrittenToArchive(File("out.bin"), writeAll), bytes);
+    zenutl_test::ReadFromBoth(File("in.bin"), bytes, [&](StreamReader& r) {
+      read(r);
+      EXPECT_EQ(r.Tell(), static_cast<long long>(bytes.size()));
+    });
+  }
+
+  // The scalar and vector forms of one type: `values` one by one, then all as one vector, give
+  // `bytes` twice and read back. Then each form fails with its own message: a read one byte
+  // short of its data, a write to a failed stream.
+  template <typename T>
+  void ExpectForms(const std::string& name, void (StreamWriter::*write)(T),
+                   T (StreamReader::*read)(),
+                   void (StreamWriter::*writeVector)(const T*, unsigned int),
+                   void (StreamReader::*readVector)(T*, unsigned int),
+                   std::initializer_list<T> values, const std::string& bytes) {
+    SCOPED_TRACE(name);
+    const unsigned int count = static_cast<unsigned int>(values.size());
+    std::unique_ptr<T[]> back(new T[count]);
+    ExpectRoundTrip(
+        [&](StreamWriter& w) {
+          for (T value : values) (w.*write)(value);
+          (w.*writeVector)(values.begin(), count);
+          (w.*writeVector)(nullptr, 0);
+        },
+        bytes + bytes,
+        [&](StreamReader& r) {
+          for (T value : values) EXPECT_EQ((r.*read)(), value);
+          (r.*readVector)(back.get(), count);
+          (r.*readVector)(nullptr, 0);
+          EXPECT_TRUE(std::equal(values.begin(), values.end(), back.get()));
+        });
+
+    const std::string short1 = bytes.substr(0, sizeof(T) - 1);
+    const std::string short2 = bytes.substr(0, 2 * sizeof(T) - 1);
+    const auto failsReading = [&](StreamReader& r) {
+      EXPECT_THROW_WHY((r.*read)(), StreamException, "Read" + name + " failed");
+    };
+    const auto vectorFailsReading = [&](StreamReader& r) {
+      EXPECT_THROW_WHY((r.*readVector)(back.get(), 2), StreamException,
+                       "Read" + name + "Vector failed");
+    };
+    zenutl_test::ReadFromBoth(File("in.bin"), short1, failsReading);
+    zenutl_test::ReadFromBoth(File("in.bin"), short2, vectorFailsReading);
+    std::ostringstream failed;
+    failed.setstate(std::ios::badbit);
+    StreamWriter writer(failed);
+    EXPECT_THROW_WHY((writer.*write)(*values.begin()), StreamException, "Write" + name + " failed");
+    EXPECT_THROW_WHY((writer.*writeVector)(values.begin(), 1), StreamException,
+                     "Write" + name + "Vector failed");
+  }
+};
+
+#define FORMS(Name)                                             \
+#Name, &StreamWriter::Write##Name, &StreamReader::Read##Name, \
+      &StreamWriter::Write##Name##Vector, &StreamReader::Read##Name##Vector
+
+TEST_F(StreamWriterTest, EveryNumberFormHasItsExactBytesAndItsOwnFailures) {
+  ExpectForms<bool>(FORMS(Bool), {true, false}, Bytes({1, 0}));
+  ExpectForms<char>(FORMS(Char), {'A', 'z'}, "Az");
+  ExpectForms<char>(FORMS(Int8), {-2, 127}, Bytes({0xFE, 0x7F}));
+  ExpectForms<unsigned char>(FORMS(UInt8), {200, 0}, Bytes({200, 0}));
+  ExpectForms<short>(FORMS(Int16), {SHRT_MIN, -2}, Bytes({0, 0x80, 0xFE, 0xFF}));
+  ExpectForms<unsigned short>(FORMS(UInt16), {0xABCD, 1}, Bytes({0xCD, 0xAB, 1, 0}));
+  ExpectForms<int>(FORMS(Int32), {INT_MIN, -1}, Bytes({0, 0, 0, 0x80, 0xFF, 0xFF, 0xFF, 0xFF}));
+  // Four bytes, whatever the width of the caller's unsigned long; above 2^31 stays positive.
+  ExpectForms<std::uint32_t>(FORMS(UInt32), {0xFFFFFFFF, 0x80000000},
+                             Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0x80}));
+  ExpectForms<long long>(FORMS(Int64), {-2, LLONG_MIN},
+                         Bytes({0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,  //
+                                0, 0, 0, 0, 0, 0, 0, 0x80}));
+  ExpectForms<unsigned long long>(FORMS(UInt64), {0x0102030405060708ull, 0},
+                                  Bytes({8, 7, 6, 5, 4, 3, 2, 1, 0, 0, 0, 0, 0, 0, 0, 0}));
+  ExpectForms<float>(FORMS(Float), {1.0f, -2.5f}, Bytes({0, 0, 0x80, 0x3F, 0, 0, 0x20, 0xC0}));
+  ExpectForms<double>(FORMS(Double), {1.0, -2.5},
+                      Bytes({0, 0, 0, 0, 0, 0, 0xF0, 0x3F, 0, 0, 0, 0, 0, 0, 0x04, 0xC0}));
+}
+
+#undef FORMS
+
+TEST_F(StreamWriterTest, TextsAreAThirtyTwoBitLengthAndTheirBytes) {
+  const CString texts[] = {"ab", ""};
+  const std::string standard[] = {std::string("a\0b", 3)};
+  ExpectRoundTrip(
+      [&](StreamWriter& w) {
+        w.WriteStringVector(texts, 2);
+        w.WriteStdStringVector(standard, 1);
+      },
+      Bytes({2, 0, 0, 0, 'a', 'b', 0, 0, 0, 0, 3, 0, 0, 0, 'a', 0, 'b'}),
+      [&](StreamReader& r) {
+        EXPECT_EQ(r.ReadString(), "ab");
+        EXPECT_EQ(r.ReadString(), "");
+        EXPECT_EQ(r.ReadStdString(), standard[0]);  // the zero byte is kept
+      });
+}
+
+TEST_F(StreamWriterTest, ATextFailsAsItsLengthOrAsItsBytes) {
+  // The length goes first, and its failure is the one reported.
+  std::ostringstream failed;
+  failed.setstate(std::ios::badbit);
+  const CString texts[] = {"abc"};
+  EXPECT_THROW_WHY(StreamWriter(failed).WriteStringVector(texts, 1), StreamException,
+                   "WriteUInt32 failed");
+  EXPECT_THROW_WHY(StreamWriter(failed).WriteStdString("x"), StreamException, "WriteUInt32 failed");
+  const std::string standard[] = {"abc"};
+  const std::pair<const char*, zenutl_test::WriteSteps> bytesFail[] = {
       {"WriteString failed", [](StreamWriter& w) { w.WriteString("abc"); }},
-      {"WriteStdString failed", [](StreamWriter& w) { w.WriteStdString("abc"); }},
+      {"WriteStdString failed", [&](StreamWriter& w) { w.WriteStdStringVector(standard, 1); }},
   };
-  for (const auto& c : cases) {
+  for (const auto& c : bytesFail) {
     SCOPED_TRACE(c.first);
     LimitedBuffer buffer(6);  // the length and two of the three bytes
     std::ostream stream(&buffer);
