@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <stdio.h>
-#include <unistd.h>
 
 #include <boost/filesystem.hpp>
 #include <climits>
@@ -12,7 +11,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/file_calls.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -222,27 +220,6 @@ TEST_F(IniFileSectionTest, MovesBetweenSectionsAndFilesAndReportsWritesThatCantL
   EXPECT_EQ(ReadWholeFile(path()), "[B]\nn=3\n");
   section.ChangeIniFile(File("missing/x.ini").c_str());  // no such folder
   EXPECT_FALSE(section.WriteBool("k", true));
-}
-
-TEST_F(IniFileSectionTest, WritesReachTheDiskAtFlushAndAtDestruction) {
-  static int syncs;
-  syncs = 0;
-  zenutl::platform::FileCalls calls = zenutl::platform::SystemFileCalls();
-  calls.fsync = [](int fd) {
-    ++syncs;
-    return ::fsync(fd);
-  };
-  zenutl::platform::ScopedFileCalls counting(calls);
-  {
-    IniFileSection section(path(), "s");
-    ASSERT_TRUE(section.WriteInt("a", 1) && section.WriteInt("b", 2));
-    EXPECT_EQ(syncs, 0) << "a write waited for the disk";
-    EXPECT_TRUE(section.Flush());
-    EXPECT_EQ(syncs, 2) << "the file and its folder";
-    ASSERT_TRUE(section.WriteInt("c", 3));
-  }
-  EXPECT_EQ(syncs, 4) << "the destructor syncs what was written since the flush";
-  EXPECT_EQ(ReadWholeFile(path()), "[s]\na=1\nb=2\nc=3\n");
 }
 
 }  // namespace
