@@ -379,10 +379,12 @@ DWORD CopyList(const std::basic_string<CharT>& list, CharT* buffer, DWORD size) 
 // What a read asks for, in UTF-8, and the answer before it is fitted into the caller's buffer:
 // a value, or a list of names each followed by a zero.
 struct ReadAnswer {
+  const std::string& Text() const { return found != nullptr ? *found : fallback; }
+
   bool isList = false;
-  std::shared_ptr<const IniDocument> document;  // holds what `text` points to
-  const std::string* text = nullptr;
-  std::string fallback;  // the default, when the key is absent
+  std::shared_ptr<const IniDocument> document;  // holds what `found` points to
+  const std::string* found = nullptr;           // the value or list, when there is one
+  std::string fallback;                         // the default, when the key is absent
 };
 
 ReadAnswer ReadProfile(const char* section, const char* key, const char* defaultValue,
@@ -391,17 +393,16 @@ ReadAnswer ReadProfile(const char* section, const char* key, const char* default
   answer.document = file != nullptr ? LoadDocument(ToNativePath(file)) : EmptyDocument();
   answer.isList = section == nullptr || key == nullptr;
   if (section == nullptr) {
-    answer.text = &answer.document->SectionNameList();
+    answer.found = &answer.document->SectionNameList();
   } else if (key == nullptr) {
-    answer.text = &answer.document->KeyNameList(section);
+    answer.found = &answer.document->KeyNameList(section);
   } else {
-    answer.text = answer.document->FindValue(section, key);
+    answer.found = answer.document->FindValue(section, key);
   }
-  if (answer.text == nullptr) {
+  if (answer.found == nullptr) {
     // Trailing blanks of the default are dropped, as the Windows call does.
     answer.fallback = defaultValue != nullptr ? defaultValue : "";
     answer.fallback.erase(answer.fallback.find_last_not_of(" \t") + 1);
-    answer.text = &answer.fallback;
   }
   return answer;
 }
@@ -460,8 +461,8 @@ class Utf8Argument {
 DWORD GetPrivateProfileStringA(const char* section, const char* key, const char* defaultValue,
                                char* buffer, DWORD size, const char* file) {
   const ReadAnswer answer = ReadProfile(section, key, defaultValue, file);
-  return answer.isList ? CopyList(*answer.text, buffer, size)
-                       : CopyText(*answer.text, buffer, size);
+  return answer.isList ? CopyList(answer.Text(), buffer, size)
+                       : CopyText(answer.Text(), buffer, size);
 }
 
 DWORD GetPrivateProfileStringW(const wchar_t* section, const wchar_t* key,
@@ -473,7 +474,7 @@ DWORD GetPrivateProfileStringW(const wchar_t* section, const wchar_t* key,
   const Utf8Argument narrowFile(file);
   const ReadAnswer answer =
       ReadProfile(narrowSection.get(), narrowKey.get(), narrowDefault.get(), narrowFile.get());
-  const std::wstring wide = detail::Utf8ToWide(*answer.text);
+  const std::wstring wide = detail::Utf8ToWide(answer.Text());
   return answer.isList ? CopyList(wide, buffer, size) : CopyText(wide, buffer, size);
 }
 
