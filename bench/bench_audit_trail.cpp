@@ -16,6 +16,7 @@
 #include <string>
 #include <utility>
 
+#include "scratch_folder.h"
 #include "zenutl/audit_trail.h"
 #include "zenutl/cstring.h"
 
@@ -24,26 +25,11 @@ namespace {
 const char kProject[] = "Sales forecast 2011";
 const char kDetails[] = "Variables: Region, Quarter, Revenue; filter: Revenue > 1000; 1234 rows.";
 
-// A folder for the files of this run, removed at exit.
-class BenchFolder {
- public:
-  BenchFolder()
-      : mPath(boost::filesystem::temp_directory_path() /
-              boost::filesystem::unique_path("zenutl-bench-audit-%%%%-%%%%")) {
-    boost::filesystem::create_directories(mPath);
-  }
-  ~BenchFolder() {
-    boost::system::error_code ignored;
-    boost::filesystem::remove_all(mPath, ignored);
-  }
-  std::string File(const std::string& name) const { return (mPath / name).string(); }
+using zenutl_bench::ScratchFolder;
 
- private:
-  boost::filesystem::path mPath;
-};
-
-BenchFolder& Folder() {
-  static BenchFolder folder;
+// The folder for the files of this run, removed at exit.
+ScratchFolder& Folder() {
+  static ScratchFolder folder;
   return folder;
 }
 

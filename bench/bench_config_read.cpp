@@ -6,11 +6,11 @@
 // ten keys through a ConfigurationSection, so figures compare directly.
 #include <benchmark/benchmark.h>
 
-#include <boost/filesystem.hpp>
 #include <fstream>
 #include <memory>
 #include <string>
 
+#include "scratch_folder.h"
 #include "zenutl/configuration_section.h"
 #include "zenutl/ini_file_section.h"
 #include "zenutl/xml_section.h"
@@ -44,23 +44,7 @@ int ReadAllKeys(ConfigurationSection& store) {
   return found;
 }
 
-// A temporary folder for the store's file, removed afterwards.
-class ScratchFolder {
- public:
-  ScratchFolder()
-      : path_(boost::filesystem::temp_directory_path() /
-              boost::filesystem::unique_path("zenutl-bench-%%%%-%%%%")) {
-    boost::filesystem::create_directories(path_);
-  }
-  ~ScratchFolder() {
-    boost::system::error_code ignored;
-    boost::filesystem::remove_all(path_, ignored);
-  }
-  std::string File(const char* name) const { return (path_ / name).string(); }
-
- private:
-  boost::filesystem::path path_;
-};
+using zenutl_bench::ScratchFolder;
 
 // ---- INI file ---------------------------------------------------------------------------------
 

@@ -6,10 +6,10 @@
 #include <spdlog/sinks/rotating_file_sink.h>
 #include <spdlog/spdlog.h>
 
-#include <boost/filesystem.hpp>
 #include <memory>
 #include <string>
 
+#include "scratch_folder.h"
 #include "zenutl/log.h"
 
 namespace {
@@ -18,26 +18,11 @@ const long kMaxSize = 256 * 1024;
 const unsigned int kBackups = 3;
 const char kText[] = "Opened the data set with 1234 observations and 56 variables in 78 ms.";
 
-// A folder for the files of this run, removed at exit.
-class BenchFolder {
- public:
-  BenchFolder()
-      : mPath(boost::filesystem::temp_directory_path() /
-              boost::filesystem::unique_path("zenutl-bench-log-%%%%-%%%%")) {
-    boost::filesystem::create_directories(mPath);
-  }
-  ~BenchFolder() {
-    boost::system::error_code ignored;
-    boost::filesystem::remove_all(mPath, ignored);
-  }
-  std::string File(const char* name) const { return (mPath / name).string(); }
+using zenutl_bench::ScratchFolder;
 
- private:
-  boost::filesystem::path mPath;
-};
-
-BenchFolder& Folder() {
-  static BenchFolder folder;
+// The folder for the files of this run, removed at exit.
+ScratchFolder& Folder() {
+  static ScratchFolder folder;
   return folder;
 }
 

@@ -7,16 +7,21 @@
 //
 // The object keeps no file open and no data of its own: each operation reads or writes the file
 // through the profile functions, which parse a file once and serve unchanged files from memory,
-// replace the file atomically on every write, and serialise writers across processes. A file that
-// doesn't exist reads as empty and is created by the first write. Section and key names compare
-// without regard to case; blanks around names and values are dropped; values longer than 1023
-// characters read back cut to their first 1023.
+// replace the file atomically on every write, and serialise writers across processes. A write
+// survives a crash of the process as soon as it returns; Flush and the destructor make the
+// process's writes survive a power loss as well. A file that doesn't exist reads as empty and is
+// created by the first write. Section and key names compare without regard to case; blanks
+// around names and values are dropped, and so is one pair of matching quotes around a value (a
+// value that would lose blanks or quotes that way is written in double quotes, so it reads back
+// as written); values longer than 1023 characters read back cut to their first 1023. UTF-16LE
+// files with a byte-order mark are read as UTF-8 and stay UTF-16LE when written.
 //
 // The text "!42!" marks a missing value inside this class: a key whose value is exactly "!42!"
 // reads as absent. File names are Windows paths ('\' separators are accepted).
 //
 // Error contract: nothing throws. Writes answer false when the file can't be written or the text
-// can't be stored in an INI file (a line break, ']' in a section name, '=' in a key name).
+// can't be stored in an INI file (a line break, ']' in a section name, '=' in a key name, text
+// that isn't UTF-8 for a UTF-16 file); Flush answers false when the sync fails.
 #ifndef ZENUTL_INI_FILE_SECTION_H_
 #define ZENUTL_INI_FILE_SECTION_H_
 
@@ -53,8 +58,8 @@ class IniFileSection : public ConfigurationSection {
   bool DeleteKey(const char* key) override;
   // Removes the current section from the file; the object stays on that name.
   bool DeleteSection() override;
-  // The profile functions' flush call; true when it succeeded. Writes are on the disk as soon as
-  // they return, so this has nothing left to write.
+  // The profile functions' flush call: syncs the file and its folder to the disk if this process
+  // changed the file since its last flush. True when it succeeded.
   bool Flush() const override;
   // True unless the section holds the key "!42!" with the value "!42!": a long-standing answer
   // that callers have come to depend on, not a test of emptiness. Use GetKeyNames for that.

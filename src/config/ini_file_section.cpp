@@ -27,7 +27,7 @@ std::vector<CString> FetchNameList(Fetch fetch) {
   std::vector<char> buffer;
   DWORD returned = 0;
   for (;;) {
-    buffer.assign(capacity, '\0');
+    buffer.resize(capacity);  // what the platform writes is all that is read back
     returned = fetch(buffer.data(), capacity);
     if (returned == 0) return names;
     if (returned != capacity - 2) break;

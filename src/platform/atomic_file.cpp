@@ -102,7 +102,7 @@ int CreateTemporaryBeside(const std::string& nativeTarget, std::string& temporar
 }
 
 bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes,
-                         std::string* error, struct stat* written) {
+                         std::string* error, struct stat* written, Durability durability) {
   if (nativePath.empty()) {
     SetError(error, SystemError("cannot write a file with an empty name", ENOENT));
     return false;
@@ -127,7 +127,7 @@ bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes
   }
   if (failure == 0) {
     StampLaterThan(fd, hadFile ? &replaced : nullptr);
-    if (Fsync(fd) != 0) {
+    if (durability == Durability::kPowerLoss && Fsync(fd) != 0) {
       failure = errno;
       SetError(error, SystemError("fsync of '" + temporary + "' failed", failure));
     }
@@ -150,7 +150,7 @@ bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes
     errno = failure;
     return false;
   }
-  SyncFolder(FolderOf(target));
+  if (durability == Durability::kPowerLoss) SyncFolder(FolderOf(target));
   return true;
 }
 

@@ -24,6 +24,16 @@
 namespace zenutl {
 namespace platform {
 
+// How far WriteFileAtomically goes before it answers.
+enum class Durability {
+  // The new file and the rename are synced to the disk: they survive a power loss.
+  kPowerLoss,
+  // No sync: the rename is atomic for every process, so a crash of this one leaves the old file
+  // or the new one whole, but a power loss may undo the replacement (and on some file systems
+  // leave an empty file) unless the caller syncs file and folder later.
+  kProcessCrash,
+};
+
 // Replaces the file at `nativePath` (a Linux path) with `bytes`. A symbolic link is followed and
 // its target replaced. An existing file's permission bits are kept; a new file gets 0666 less the
 // umask. The new file's modification time is always later than the old one's, so that a cache
@@ -32,7 +42,8 @@ namespace platform {
 // `written`, if not null, receives the status of the new file as it was just before the rename
 // (its inode tells it from any later replacement).
 bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes,
-                         std::string* error, struct stat* written = nullptr);
+                         std::string* error, struct stat* written = nullptr,
+                         Durability durability = Durability::kPowerLoss);
 
 // An output stream whose whole content replaces the file at `nativePath` by WriteFileAtomically
 // each time it is flushed, and once more when it is destroyed with unflushed output (unless a

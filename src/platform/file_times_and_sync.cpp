@@ -4,7 +4,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <climits>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "platform/file_calls.h"
 
 namespace zenutl {
 namespace platform {
@@ -31,6 +37,35 @@ bool SyncFileSystemHolding(const std::string& nativePath) {
   const bool synced = ::syncfs(fd) == 0;
   ::close(fd);
   return synced;
+}
+
+namespace {
+
+// Opens `path` with `flags` and fsyncs it. False with errno set on failure.
+bool OpenAndSync(const std::string& path, int flags, std::string* error) {
+  const int fd = ::open(path.c_str(), flags | O_CLOEXEC);
+  bool synced = fd >= 0 && Fsync(fd) == 0;
+  const int failure = errno;
+  if (fd >= 0) ::close(fd);
+  if (!synced) {
+    if (error != nullptr) *error = "cannot sync '" + path + "': " + std::strerror(failure);
+    errno = failure;
+  }
+  return synced;
+}
+
+}  // namespace
+
+bool SyncFileAndFolder(const std::string& nativePath, std::string* error) {
+  char resolved[PATH_MAX];
+  const bool exists = ::realpath(nativePath.c_str(), resolved) != nullptr;
+  const std::string file = exists ? resolved : nativePath;
+  if (exists && !OpenAndSync(file, O_RDONLY, error)) return false;
+  const std::string::size_type slash = file.rfind('/');
+  const std::string folder = slash == std::string::npos ? "."
+                             : slash == 0               ? "/"
+                                                        : file.substr(0, slash);
+  return OpenAndSync(folder, O_RDONLY | O_DIRECTORY, error);
 }
 
 }  // namespace platform

@@ -19,6 +19,12 @@ bool GetLastWriteFileTime(const std::string& nativePath, FILETIME& lastWritten);
 // sync fails.
 bool SyncFileSystemHolding(const std::string& nativePath);
 
+// Stands for FlushFileBuffers on a file that is replaced by renaming: syncs the file's content
+// (a symbolic link is followed) and then its folder, which holds the name's link to the newest
+// version. A missing file has only its folder synced. False, with errno set and the system's
+// description of the failure in `error`, when a sync fails or the folder can't be opened.
+bool SyncFileAndFolder(const std::string& nativePath, std::string* error);
+
 }  // namespace platform
 }  // namespace zenutl
 

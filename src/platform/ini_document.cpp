@@ -2,11 +2,14 @@
 
 #include <algorithm>
 
+#include "zenutl/cstring.h"
+
 namespace zenutl {
 namespace platform {
 namespace {
 
 const char kBom[] = "\xEF\xBB\xBF";
+const char kUtf16LeBom[] = "\xFF\xFE";
 
 bool IsBlank(char c) {
   return c == ' ' || c == '\t';
@@ -14,6 +17,74 @@ bool IsBlank(char c) {
 
 bool HasLineBreak(const std::string& text) {
   return text.find_first_of("\r\n") != std::string::npos;
+}
+
+bool IsQuote(char c) {
+  return c == '"' || c == '\'';
+}
+
+// What a key's text reads as: blanks trimmed, then one pair of matching quotes removed.
+std::string ValueOfText(const std::string& text) {
+  std::string value = IniDocument::Trim(text);
+  if (value.size() >= 2 && IsQuote(value.front()) && value.back() == value.front()) {
+    return value.substr(1, value.size() - 2);
+  }
+  return value;
+}
+
+// The text that reads back as `value`: itself, or itself in double quotes when the reading rules
+// would change it.
+std::string TextOfValue(const std::string& value) {
+  return ValueOfText(value) == value ? value : '"' + value + '"';
+}
+
+// The UTF-16LE units from `position` on, as UTF-8; `oddByte` gets a last byte without a partner.
+std::string Utf16LeToUtf8(const std::string& bytes, std::size_t position, std::string& oddByte) {
+  const auto unitAt = [&bytes](std::size_t at) {
+    return static_cast<wchar_t>(static_cast<unsigned char>(bytes[at]) |
+                                static_cast<unsigned char>(bytes[at + 1]) << 8);
+  };
+  std::wstring characters;
+  characters.reserve((bytes.size() - position) / 2);
+  for (; position + 1 < bytes.size(); position += 2) {
+    wchar_t code = unitAt(position);
+    if (code >= 0xD800 && code < 0xDC00 && position + 3 < bytes.size()) {
+      const wchar_t low = unitAt(position + 2);
+      if (low >= 0xDC00 && low < 0xE000) {
+        code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
+        position += 2;
+      }
+    }
+    characters += code;
+  }
+  oddByte = bytes.substr(position);
+  return detail::WideToUtf8(characters);
+}
+
+void AppendUtf16Le(unsigned long unit, std::string& out) {
+  out += static_cast<char>(unit & 0xFF);
+  out += static_cast<char>(unit >> 8);
+}
+
+std::string Utf8ToUtf16Le(const std::string& text) {
+  std::string bytes;
+  bytes.reserve(text.size() * 2);
+  for (const wchar_t character : detail::Utf8ToWide(text)) {
+    const auto code = static_cast<unsigned long>(character);
+    if (code < 0x10000) {
+      AppendUtf16Le(code, bytes);
+    } else {
+      AppendUtf16Le(0xD800 + ((code - 0x10000) >> 10), bytes);
+      AppendUtf16Le(0xDC00 + ((code - 0x10000) & 0x3FF), bytes);
+    }
+  }
+  return bytes;
+}
+
+// Whether `text` is UTF-8 that the conversions above carry through unchanged (a surrogate's
+// number in three bytes included, as a lone one read from a UTF-16 file is written here).
+bool IsUtf8(const std::string& text) {
+  return detail::WideToUtf8(detail::Utf8ToWide(text)) == text;
 }
 
 }  // namespace
@@ -48,32 +119,41 @@ bool IniDocument::IsWritableValue(const std::string& value) {
   return !HasLineBreak(value);
 }
 
+bool IniDocument::CanHold(const std::string& text) const {
+  return !utf16_ || IsUtf8(text);
+}
+
 IniDocument::IniDocument(const std::string& bytes) {
-  std::size_t position = 0;
-  if (bytes.compare(0, 3, kBom) == 0) {
+  if (bytes.compare(0, 2, kUtf16LeBom) == 0) {
+    utf16_ = true;
+    SplitLines(Utf16LeToUtf8(bytes, 2, oddByte_), 0);
+  } else if (bytes.compare(0, 3, kBom) == 0) {
     bom_ = kBom;
-    position = 3;
+    SplitLines(bytes, 3);
+  } else {
+    SplitLines(bytes, 0);
   }
+  Reindex();
+}
+
+void IniDocument::SplitLines(const std::string& text, std::size_t position) {
   bool styleKnown = false;
-  while (position < bytes.size()) {
-    const std::size_t newline = bytes.find('\n', position);
-    std::size_t end = newline == std::string::npos ? bytes.size() : newline;
+  while (position < text.size()) {
+    std::size_t end = text.find_first_of("\r\n", position);
     std::string eol;
-    if (newline != std::string::npos) {
-      eol = "\n";
-      if (end > position && bytes[end - 1] == '\r') {
-        --end;
-        eol = "\r\n";
-      }
+    if (end == std::string::npos) {
+      end = text.size();
+    } else {
+      const bool crlf = text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n';
+      eol = crlf ? "\r\n" : text.substr(end, 1);
       if (!styleKnown) {
         newline_ = eol;
         styleKnown = true;
       }
     }
-    lines_.push_back(ParseLine(bytes.substr(position, end - position), eol));
-    position = newline == std::string::npos ? bytes.size() : newline + 1;
+    lines_.push_back(ParseLine(text.substr(position, end - position), eol));
+    position = end + eol.size();
   }
-  Reindex();
 }
 
 IniDocument::Line IniDocument::ParseLine(std::string text, std::string eol) {
@@ -98,7 +178,7 @@ IniDocument::Line IniDocument::ParseLine(std::string text, std::string eol) {
         std::size_t valueStart = equals + 1;
         while (valueStart < line.text.size() && IsBlank(line.text[valueStart])) ++valueStart;
         line.valueOffset = valueStart;
-        line.value = Trim(line.text.substr(valueStart));
+        line.value = ValueOfText(line.text.substr(valueStart));
       }
     }
   }
@@ -108,15 +188,22 @@ IniDocument::Line IniDocument::ParseLine(std::string text, std::string eol) {
 void IniDocument::Reindex() {
   sections_.clear();
   firstSection_.clear();
+  sectionNameList_.clear();
   for (std::size_t i = 0; i < lines_.size(); ++i) {
     const Line& line = lines_[i];
     if (line.kind == Kind::kHeader) {
       sections_.push_back(Section{i, i, {}, {}});
-      firstSection_.emplace(Fold(line.name), sections_.size() - 1);
+      if (firstSection_.emplace(Fold(line.name), sections_.size() - 1).second) {
+        sectionNameList_ += line.name;
+        sectionNameList_ += '\0';
+      }
     } else if (line.kind == Kind::kKey && !sections_.empty()) {
       Section& section = sections_.back();
       section.lastKey = i;
-      if (section.keys.emplace(Fold(line.name), i).second) section.keyOrder.push_back(i);
+      if (section.keys.emplace(Fold(line.name), i).second) {
+        section.keyNameList += line.name;
+        section.keyNameList += '\0';
+      }
     }
   }
 }
@@ -129,14 +216,15 @@ const IniDocument::Section* IniDocument::FindSection(const std::string& section)
 std::string IniDocument::Serialize() const {
   std::size_t size = bom_.size();
   for (const Line& line : lines_) size += line.text.size() + line.eol.size();
-  std::string bytes;
-  bytes.reserve(size);
-  bytes += bom_;
+  std::string text;
+  text.reserve(size);
+  text += bom_;
   for (const Line& line : lines_) {
-    bytes += line.text;
-    bytes += line.eol;
+    text += line.text;
+    text += line.eol;
   }
-  return bytes;
+  if (!utf16_) return text;
+  return kUtf16LeBom + Utf8ToUtf16Le(text) + oddByte_;
 }
 
 const std::string* IniDocument::FindValue(const std::string& section,
@@ -147,22 +235,10 @@ const std::string* IniDocument::FindValue(const std::string& section,
   return keyLine == found->keys.end() ? nullptr : &lines_[keyLine->second].value;
 }
 
-std::vector<std::string> IniDocument::SectionNames() const {
-  std::vector<std::string> names;
-  for (std::size_t i = 0; i < sections_.size(); ++i) {
-    const std::string& name = lines_[sections_[i].header].name;
-    const auto first = firstSection_.find(Fold(name));
-    if (first != firstSection_.end() && first->second == i) names.push_back(name);
-  }
-  return names;
-}
-
-std::vector<std::string> IniDocument::KeyNames(const std::string& section) const {
-  std::vector<std::string> names;
-  if (const Section* found = FindSection(section)) {
-    for (std::size_t line : found->keyOrder) names.push_back(lines_[line].name);
-  }
-  return names;
+const std::string& IniDocument::KeyNameList(const std::string& section) const {
+  static const std::string* const kNone = new std::string();
+  const Section* found = FindSection(section);
+  return found == nullptr ? *kNone : found->keyNameList;
 }
 
 void IniDocument::InsertLine(std::size_t position, const std::string& text) {
@@ -178,20 +254,19 @@ bool IniDocument::SetValue(const std::string& section, const std::string& key,
   const Section* found = FindSection(sectionName);
   if (found == nullptr) {
     InsertLine(lines_.size(), "[" + sectionName + "]");
-    InsertLine(lines_.size(), keyName + "=" + value);
+    InsertLine(lines_.size(), keyName + "=" + TextOfValue(value));
     Reindex();
     return true;
   }
   const auto keyLine = found->keys.find(Fold(keyName));
   if (keyLine == found->keys.end()) {
-    InsertLine(found->lastKey + 1, keyName + "=" + value);
+    InsertLine(found->lastKey + 1, keyName + "=" + TextOfValue(value));
     Reindex();
     return true;
   }
   Line& line = lines_[keyLine->second];
-  const std::string text = line.text.substr(0, line.valueOffset) + value;
-  if (text == line.text) return false;
-  line = ParseLine(text, line.eol);
+  if (line.value == value) return false;
+  line = ParseLine(line.text.substr(0, line.valueOffset) + TextOfValue(value), line.eol);
   return true;
 }
 

@@ -13,9 +13,11 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <vector>
 
 #include "platform/atomic_file.h"
+#include "platform/file_times_and_sync.h"
 #include "platform/ini_document.h"
 #include "platform/native_path.h"
 #include "zenutl/cstring.h"
@@ -26,10 +28,7 @@ namespace {
 
 thread_local std::string tLastError;
 
-// How long after its last change a file's timestamp can't yet vouch for its content: two
-// in-place edits within one tick of the file system's coarse clock may leave size and time alike.
-const long long kSettleNanoseconds = 50LL * 1000 * 1000;
-// How many files the cache holds at most; the least recently read one is dropped.
+// How many files the cache holds at most; the least recently used one is dropped.
 const std::size_t kMaxCachedFiles = 32;
 
 long long Nanoseconds(const struct timespec& time) {
@@ -42,7 +41,16 @@ long long Now() {
   return Nanoseconds(now);
 }
 
-// What tells one version of a file from another without reading it.
+// How long after a file's last change its status can't yet vouch for its content. The kernel
+// stamps a change with a clock that may lag a scheduler tick behind, and the file system may cut
+// the stamp to its own granularity, so a second change within that span can leave the status as
+// it was. A change time with sub-millisecond digits comes from a file system that keeps them;
+// one without may have been rounded to a second or two.
+long long SettleNanoseconds(const struct timespec& changed) {
+  return changed.tv_nsec % 1000000 != 0 ? 50LL * 1000 * 1000 : 3LL * 1000 * 1000 * 1000;
+}
+
+// What tells one version of a file from another without reading it, once it has settled.
 struct FileIdentity {
   dev_t device = 0;
   ino_t inode = 0;
@@ -50,6 +58,7 @@ struct FileIdentity {
   long long modified = 0;  // nanoseconds
   long long changed = 0;   // nanoseconds
 
+  FileIdentity() = default;
   explicit FileIdentity(const struct stat& info)
       : device(info.st_dev),
         inode(info.st_ino),
@@ -62,55 +71,57 @@ struct FileIdentity {
   }
 };
 
+// A file's content as this process last saw it, and its parse.
 struct CacheEntry {
-  FileIdentity identity;
-  long long readAt;  // when the content was taken from the file
-  bool ownWrite;     // the content is what this process wrote, under the lock
+  FileIdentity identity;  // the file's status when the content was last read from it
+  bool vouched = false;   // whether that status alone proves the content
   std::string bytes;
   std::shared_ptr<const IniDocument> document;
+  unsigned long long lastUsed = 0;
 };
 
+// Parses of recently used files. A status (inode, size, times) is not proof of content: a freed
+// inode number comes back for a newer version of the same size, and a coarse clock gives two
+// versions the same times. So content is taken from the cache on its status alone only when the
+// file had settled before the content was read: its change time lay further back than the span
+// in which a later change could carry the same stamp (SettleNanoseconds). Any later change, in
+// place or by a new file under a reused number, is stamped later than that. Otherwise the file is
+// read, and only its parse is reused when the bytes are the same.
 class DocumentCache {
  public:
-  // The cached document if it still stands for the file described by `info`.
+  // The cached document of the file whose status is `info`, if the status vouches for it.
   std::shared_ptr<const IniDocument> Find(const std::string& path, const struct stat& info) {
     std::lock_guard<std::mutex> lock(mutex_);
     const auto found = entries_.find(path);
     if (found == entries_.end()) return nullptr;
-    const CacheEntry& entry = found->second;
-    if (!(entry.identity == FileIdentity(info))) return nullptr;
-    if (!entry.ownWrite && entry.readAt - entry.identity.modified <= kSettleNanoseconds) {
-      return nullptr;  // too fresh to trust the timestamp: the caller re-reads
-    }
+    CacheEntry& entry = found->second;
+    if (!entry.vouched || !(entry.identity == FileIdentity(info))) return nullptr;
+    entry.lastUsed = ++clock_;
     return entry.document;
   }
 
-  // The document for `bytes`, parsed again only if they differ from the cached ones.
-  std::shared_ptr<const IniDocument> Store(const std::string& path, const struct stat& info,
-                                           long long readAt, std::string bytes, bool ownWrite,
-                                           std::shared_ptr<const IniDocument> document) {
-    if (!document) {
-      {
-        std::lock_guard<std::mutex> lock(mutex_);
-        const auto found = entries_.find(path);
-        if (found != entries_.end() && found->second.bytes == bytes) {
-          document = found->second.document;
-        }
-      }
-      if (!document) document = std::make_shared<const IniDocument>(bytes);
-    }
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (entries_.size() >= kMaxCachedFiles && entries_.find(path) == entries_.end()) {
-      DropOldest();
-    }
-    CacheEntry entry{FileIdentity(info), readAt, ownWrite, std::move(bytes), document};
-    auto found = entries_.find(path);
-    if (found == entries_.end()) {
-      entries_.emplace(path, std::move(entry));
-    } else {
-      found->second = std::move(entry);
-    }
+  // The document of `bytes`, just read from the file whose status `info` was taken after
+  // `readAt`: the cached parse when the bytes are the same, a new one otherwise.
+  std::shared_ptr<const IniDocument> Confirm(const std::string& path, const struct stat& info,
+                                             long long readAt, std::string bytes) {
+    std::shared_ptr<const IniDocument> document = SameParse(path, bytes);
+    if (!document) document = std::make_shared<const IniDocument>(bytes);
+    CacheEntry entry;
+    entry.identity = FileIdentity(info);
+    entry.vouched = readAt - entry.identity.changed > SettleNanoseconds(info.st_ctim);
+    entry.bytes = std::move(bytes);
+    entry.document = document;
+    Put(path, std::move(entry));
     return document;
+  }
+
+  // What this process has just written to the file; the next read confirms it against the file.
+  void Remember(const std::string& path, std::string bytes,
+                std::shared_ptr<const IniDocument> document) {
+    CacheEntry entry;
+    entry.bytes = std::move(bytes);
+    entry.document = std::move(document);
+    Put(path, std::move(entry));
   }
 
   void Forget(const std::string& path) {
@@ -119,21 +130,62 @@ class DocumentCache {
   }
 
  private:
-  void DropOldest() {
-    auto oldest = entries_.begin();
-    for (auto it = entries_.begin(); it != entries_.end(); ++it) {
-      if (it->second.readAt < oldest->second.readAt) oldest = it;
+  std::shared_ptr<const IniDocument> SameParse(const std::string& path, const std::string& bytes) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    const auto found = entries_.find(path);
+    if (found == entries_.end() || found->second.bytes != bytes) return nullptr;
+    return found->second.document;
+  }
+
+  void Put(const std::string& path, CacheEntry entry) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    entry.lastUsed = ++clock_;
+    auto found = entries_.find(path);
+    if (found != entries_.end()) {
+      found->second = std::move(entry);
+      return;
     }
-    if (oldest != entries_.end()) entries_.erase(oldest);
+    if (entries_.size() >= kMaxCachedFiles) {
+      entries_.erase(std::min_element(entries_.begin(), entries_.end(),
+                                      [](const std::pair<const std::string, CacheEntry>& a,
+                                         const std::pair<const std::string, CacheEntry>& b) {
+                                        return a.second.lastUsed < b.second.lastUsed;
+                                      }));
+    }
+    entries_.emplace(path, std::move(entry));
   }
 
   std::mutex mutex_;
+  unsigned long long clock_ = 0;
   std::map<std::string, CacheEntry> entries_;
 };
 
 DocumentCache& Cache() {
   static DocumentCache* cache = new DocumentCache();  // lives to the end of the process
   return *cache;
+}
+
+// The files this process has replaced since it last made them durable.
+class UnsyncedFiles {
+ public:
+  void Add(const std::string& path) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    paths_.insert(path);
+  }
+  // Whether `path` was in the set; it isn't any more.
+  bool Take(const std::string& path) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return paths_.erase(path) != 0;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::set<std::string> paths_;
+};
+
+UnsyncedFiles& Unsynced() {
+  static UnsyncedFiles* files = new UnsyncedFiles();  // lives to the end of the process
+  return *files;
 }
 
 std::shared_ptr<const IniDocument> EmptyDocument() {
@@ -155,15 +207,15 @@ bool ReadDescriptor(int fd, std::string& bytes) {
   }
 }
 
-// The current document of an open file, from the cache when it still stands for it.
-std::shared_ptr<const IniDocument> DocumentOfDescriptor(const std::string& path, int fd) {
+// The document of an open file, read from it; only the parse may come from the cache.
+std::shared_ptr<const IniDocument> ReadDocument(const std::string& path, int fd) {
   const long long readAt = Now();
   struct stat info;
   if (::fstat(fd, &info) != 0) return nullptr;
-  if (auto cached = Cache().Find(path, info)) return cached;
   std::string bytes;
+  bytes.reserve(static_cast<std::size_t>(info.st_size));
   if (!ReadDescriptor(fd, bytes)) return nullptr;
-  return Cache().Store(path, info, readAt, std::move(bytes), false, nullptr);
+  return Cache().Confirm(path, info, readAt, std::move(bytes));
 }
 
 // The document at `path` for a read; a missing or unreadable file is empty.
@@ -176,7 +228,7 @@ std::shared_ptr<const IniDocument> LoadDocument(const std::string& path) {
   if (auto cached = Cache().Find(path, info)) return cached;
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return EmptyDocument();
-  std::shared_ptr<const IniDocument> document = DocumentOfDescriptor(path, fd);
+  std::shared_ptr<const IniDocument> document = ReadDocument(path, fd);
   ::close(fd);
   return document ? document : EmptyDocument();
 }
@@ -200,18 +252,13 @@ class FileWriteLock {
   bool Acquire(const std::string& path, bool create) {
     for (int attempt = 0; attempt < 1000; ++attempt) {
       created_ = false;
-      bool existed = !create;
-      fd_ = create ? ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666) : -1;
-      if (fd_ >= 0) {
-        created_ = true;
-      } else if (!create || errno == EEXIST) {
-        existed = true;
-        fd_ = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+      fd_ = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+      if (fd_ < 0 && create && errno == ENOENT) {
+        fd_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (fd_ < 0 && errno == EEXIST) continue;  // created by another writer meanwhile
+        created_ = fd_ >= 0;
       }
-      if (fd_ < 0) {
-        if (create && existed && errno == ENOENT) continue;  // removed between the two opens
-        return false;
-      }
+      if (fd_ < 0) return false;
       while (::flock(fd_, LOCK_EX) != 0) {
         if (errno != EINTR) return Release(false);
       }
@@ -247,9 +294,11 @@ class FileWriteLock {
   bool created_ = false;
 };
 
-// Read-modify-write of the file at `path` under the writers' lock. `edit` answers whether it
-// changed the document; an unchanged document isn't written.
-BOOL ModifyFile(const std::string& path, bool create,
+// Read-modify-write of the file at `path` under the writers' lock. `added` is the text that the
+// edit brings into the file, which its encoding must be able to carry. `edit` answers whether it
+// changed the document; an unchanged document isn't written. The replacement survives the
+// process but is made durable only by the flush call (FlushFile).
+BOOL ModifyFile(const std::string& path, bool create, const std::string& added,
                 const std::function<bool(IniDocument&)>& edit) {
   FileWriteLock lock;
   if (!lock.Acquire(path, create)) {
@@ -257,33 +306,41 @@ BOOL ModifyFile(const std::string& path, bool create,
     if (!create && error == ENOENT) return 1;  // nothing there to remove
     return Fail(error, "cannot open '" + path + "' for writing: " + std::strerror(error));
   }
-  std::shared_ptr<const IniDocument> current = DocumentOfDescriptor(path, lock.fd());
+  // Under the lock the file itself is read, whatever the cache holds: a status that matches an
+  // older version would make this write drop what others wrote since.
+  const std::shared_ptr<const IniDocument> current = ReadDocument(path, lock.fd());
   if (!current) {
     const int error = errno;
     return Fail(error, "cannot read '" + path + "': " + std::strerror(error));
   }
-  IniDocument edited = *current;
-  if (!edit(edited)) {
+  if (!current->CanHold(added)) {
+    return Fail(EILSEQ, "'" + path + "' is a UTF-16 file, which can only hold UTF-8 text");
+  }
+  auto edited = std::make_shared<IniDocument>(*current);
+  if (!edit(*edited)) {
     if (lock.created()) ::unlink(path.c_str());
     return 1;
   }
-  std::string bytes = edited.Serialize();
+  std::string bytes = edited->Serialize();
   std::string error;
-  struct stat replacement;
-  if (!WriteFileAtomically(path, bytes, &error, &replacement)) {
+  if (!WriteFileAtomically(path, bytes, &error, nullptr, Durability::kProcessCrash)) {
     const int code = errno;
     if (lock.created()) ::unlink(path.c_str());
     return Fail(code, error);
   }
-  // Only the lock's old file is still locked: a writer that came after the rename may already
-  // have replaced the new one, so the cache learns our bytes only if the path still names them.
-  struct stat written;
-  if (::stat(path.c_str(), &written) == 0 && written.st_dev == replacement.st_dev &&
-      written.st_ino == replacement.st_ino) {
-    Cache().Store(path, written, Now(), std::move(bytes), true,
-                  std::make_shared<const IniDocument>(std::move(edited)));
-  } else {
-    Cache().Forget(path);
+  Unsynced().Add(path);
+  Cache().Remember(path, std::move(bytes), std::move(edited));
+  return 1;
+}
+
+// The flush call: makes what this process wrote to the file durable against a power loss.
+BOOL FlushFile(const std::string& path) {
+  if (!Unsynced().Take(path)) return 1;
+  std::string error;
+  if (!SyncFileAndFolder(path, &error)) {
+    const int code = errno;
+    Unsynced().Add(path);
+    return Fail(code, error);
   }
   return 1;
 }
@@ -297,57 +354,55 @@ DWORD CopyText(const std::basic_string<CharT>& text, CharT* buffer, DWORD size) 
   return static_cast<DWORD>(count);
 }
 
-// Names each followed by a zero, then one more zero. A list that doesn't fit is cut, ends in
-// two zeros, and answers size - 2, which is how callers learn to offer a larger buffer.
+// `list` holds names each followed by a zero; the buffer gets them and one more zero. A list that
+// doesn't fit is cut, ends in two zeros, and answers size - 2, which is how callers learn to
+// offer a larger buffer.
 template <typename CharT>
-DWORD CopyList(const std::vector<std::basic_string<CharT> >& names, CharT* buffer, DWORD size) {
+DWORD CopyList(const std::basic_string<CharT>& list, CharT* buffer, DWORD size) {
   if (buffer == nullptr || size == 0) return 0;
   if (size == 1) {
     buffer[0] = CharT();
     return 0;
   }
-  std::size_t position = 0;
-  for (const std::basic_string<CharT>& name : names) {
-    if (position + name.size() + 1 > size - 1) {
-      const std::size_t room = size - 2 > position ? size - 2 - position : 0;
-      std::copy(name.begin(), name.begin() + static_cast<std::ptrdiff_t>(room), buffer + position);
-      buffer[size - 2] = CharT();
-      buffer[size - 1] = CharT();
-      return size - 2;
-    }
-    std::copy(name.begin(), name.end(), buffer + position);
-    position += name.size();
-    buffer[position++] = CharT();
+  if (list.size() < size) {
+    std::copy(list.begin(), list.end(), buffer);
+    buffer[list.size()] = CharT();
+    if (list.empty()) buffer[1] = CharT();
+    return static_cast<DWORD>(list.size());
   }
-  buffer[position] = CharT();
-  if (position == 0) buffer[1] = CharT();
-  return static_cast<DWORD>(position);
+  std::copy(list.begin(), list.begin() + (size - 2), buffer);
+  buffer[size - 2] = CharT();
+  buffer[size - 1] = CharT();
+  return size - 2;
 }
 
-// What a read asks for, in UTF-8, and the answer before it is fitted into the caller's buffer.
+// What a read asks for, in UTF-8, and the answer before it is fitted into the caller's buffer:
+// a value, or a list of names each followed by a zero.
 struct ReadAnswer {
+  const std::string& Text() const { return found != nullptr ? *found : fallback; }
+
   bool isList = false;
-  std::vector<std::string> names;
-  std::string text;
+  std::shared_ptr<const IniDocument> document;  // holds what `found` points to
+  const std::string* found = nullptr;           // the value or list, when there is one
+  std::string fallback;                         // the default, when the key is absent
 };
 
 ReadAnswer ReadProfile(const char* section, const char* key, const char* defaultValue,
                        const char* file) {
   ReadAnswer answer;
-  const std::shared_ptr<const IniDocument> document =
-      file != nullptr ? LoadDocument(ToNativePath(file)) : EmptyDocument();
+  answer.document = file != nullptr ? LoadDocument(ToNativePath(file)) : EmptyDocument();
+  answer.isList = section == nullptr || key == nullptr;
   if (section == nullptr) {
-    answer.isList = true;
-    answer.names = document->SectionNames();
+    answer.found = &answer.document->SectionNameList();
   } else if (key == nullptr) {
-    answer.isList = true;
-    answer.names = document->KeyNames(section);
-  } else if (const std::string* value = document->FindValue(section, key)) {
-    answer.text = *value;
+    answer.found = &answer.document->KeyNameList(section);
   } else {
+    answer.found = answer.document->FindValue(section, key);
+  }
+  if (answer.found == nullptr) {
     // Trailing blanks of the default are dropped, as the Windows call does.
-    answer.text = defaultValue != nullptr ? defaultValue : "";
-    answer.text.erase(answer.text.find_last_not_of(" \t") + 1);
+    answer.fallback = defaultValue != nullptr ? defaultValue : "";
+    answer.fallback.erase(answer.fallback.find_last_not_of(" \t") + 1);
   }
   return answer;
 }
@@ -359,16 +414,14 @@ BOOL WriteProfile(const char* section, const char* key, const char* value, const
     if (key != nullptr || value != nullptr) {
       return Fail(EINVAL, "a key or value was given without a section");
     }
-    // The flush: every write is on the disk when it returns, and the cache is checked against
-    // the file on every read, so there is nothing to write out and nothing to drop.
-    return 1;
+    return FlushFile(path);
   }
   const std::string sectionName = section;
   if (!IniDocument::IsWritableSection(sectionName)) {
     return Fail(EINVAL, "section name '" + sectionName + "' can't be stored in an INI file");
   }
   if (key == nullptr) {
-    return ModifyFile(path, false,
+    return ModifyFile(path, false, "",
                       [&](IniDocument& document) { return document.RemoveSection(sectionName); });
   }
   const std::string keyName = key;
@@ -376,7 +429,7 @@ BOOL WriteProfile(const char* section, const char* key, const char* value, const
     return Fail(EINVAL, "key name '" + keyName + "' can't be stored in an INI file");
   }
   if (value == nullptr) {
-    return ModifyFile(path, false, [&](IniDocument& document) {
+    return ModifyFile(path, false, "", [&](IniDocument& document) {
       return document.RemoveKey(sectionName, keyName);
     });
   }
@@ -386,7 +439,7 @@ BOOL WriteProfile(const char* section, const char* key, const char* value, const
                             "' has a line break, which an INI file "
                             "can't hold");
   }
-  return ModifyFile(path, true, [&](IniDocument& document) {
+  return ModifyFile(path, true, sectionName + keyName + text, [&](IniDocument& document) {
     return document.SetValue(sectionName, keyName, text);
   });
 }
@@ -408,7 +461,8 @@ class Utf8Argument {
 DWORD GetPrivateProfileStringA(const char* section, const char* key, const char* defaultValue,
                                char* buffer, DWORD size, const char* file) {
   const ReadAnswer answer = ReadProfile(section, key, defaultValue, file);
-  return answer.isList ? CopyList(answer.names, buffer, size) : CopyText(answer.text, buffer, size);
+  return answer.isList ? CopyList(answer.Text(), buffer, size)
+                       : CopyText(answer.Text(), buffer, size);
 }
 
 DWORD GetPrivateProfileStringW(const wchar_t* section, const wchar_t* key,
@@ -420,10 +474,8 @@ DWORD GetPrivateProfileStringW(const wchar_t* section, const wchar_t* key,
   const Utf8Argument narrowFile(file);
   const ReadAnswer answer =
       ReadProfile(narrowSection.get(), narrowKey.get(), narrowDefault.get(), narrowFile.get());
-  if (!answer.isList) return CopyText(detail::Utf8ToWide(answer.text), buffer, size);
-  std::vector<std::wstring> names;
-  for (const std::string& name : answer.names) names.push_back(detail::Utf8ToWide(name));
-  return CopyList(names, buffer, size);
+  const std::wstring wide = detail::Utf8ToWide(answer.Text());
+  return answer.isList ? CopyList(wide, buffer, size) : CopyText(wide, buffer, size);
 }
 
 DWORD GetPrivateProfileSectionNamesA(char* buffer, DWORD size, const char* file) {

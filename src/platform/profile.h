@@ -2,25 +2,30 @@
 //
 // INI files are read and written through these five calls, with the observable behaviour of
 // their Windows namesakes that callers rely on: names compare without regard to case, blanks
-// around names and values don't count, ';' starts a comment line, the first of duplicate keys
-// wins, a missing file reads as empty and is created by the first write, and the rest of a file
-// (comments, unknown lines, order, line endings) survives a rewrite untouched. Buffers are filled
-// with the Windows truncation rules, including the `size - 2` answer for a cut list of names.
-// The file syntax is described in ini_document.h.
+// around names and values don't count, one pair of quotes around a value is removed, ';' starts
+// a comment line, the first of duplicate keys wins, a missing file reads as empty and is created
+// by the first write, UTF-16LE files (with their byte-order mark) are read and stay UTF-16LE, and
+// the rest of a file (comments, unknown lines, order, line endings) survives a rewrite untouched.
+// Buffers are filled with the Windows truncation rules, including the `size - 2` answer for a cut
+// list of names. The file syntax is described in ini_document.h.
 //
 // Beyond Windows, so that settings are never lost:
-//   - every write replaces the file atomically (atomic_file.h): a full disk or a crash leaves the
-//     old file whole;
+//   - every write replaces the file atomically (atomic_file.h): should the process die, the file
+//     is the old one or the new one, whole, and every write that answered 1 is in it. Writes
+//     don't wait for the disk; the flush call (and so IniFileSection's Flush and destructor)
+//     syncs the file and its folder, which makes them survive a power loss too;
 //   - writers are serialised across threads and processes by an advisory lock (flock) on the
-//     file, held around the whole read-modify-write, so concurrent writers of different keys all
-//     keep their keys;
-//   - a file is parsed once and then served from a per-process cache for as long as its device,
-//     inode, size and modification time (to the nanosecond) stay the same. A file changed within
-//     the last moments before it was read is re-read until it has settled, since a timestamp of
-//     the file system's coarse clock can't tell two quick in-place edits apart.
+//     file, held around the whole read-modify-write, and under the lock the file itself is read,
+//     so concurrent writers of different keys all keep their keys;
+//   - parses are kept in a per-process cache. A read takes one on the strength of the file's
+//     status (device, inode, size, times) only when the file had settled before its content was
+//     read, since a recent status can't tell two versions apart (a reused inode number, equal
+//     sizes, a coarse clock); otherwise the file is read and its parse reused if the bytes are
+//     the same. The lists of names are kept ready with each parse.
 //
-// Narrow calls take and give bytes as they stand in the file; the wide calls convert to and from
-// UTF-8. File names are Windows paths and go through ToNativePath.
+// Narrow calls take and give bytes as they stand in an 8-bit file, and UTF-8 for a UTF-16 one;
+// the wide calls convert to and from UTF-8. File names are Windows paths and go through
+// ToNativePath.
 //
 // Error contract: nothing throws. The writes answer 0 on failure, with errno set and the
 // system's description of the failure in LastProfileError() (per thread). Reads of an unreadable
@@ -54,11 +59,12 @@ DWORD GetPrivateProfileStringW(const wchar_t* section, const wchar_t* key,
 DWORD GetPrivateProfileSectionNamesA(char* buffer, DWORD size, const char* file);
 
 // Stands for WritePrivateProfileStringA. Creates or replaces `key` in `section`; a null `value`
-// removes the key; a null `key` removes the section; all three null is the flush call, which has
-// nothing to do here since every write is on the disk when it returns.
+// removes the key; a null `key` removes the section; all three null is the flush call, which
+// syncs the file and its folder if this process changed the file since its last flush.
 // Returns 1 on success, also when there was nothing to remove, and 0 on failure: a file or
-// folder that can't be written, or names and values that the file couldn't hold (a line break
-// anywhere, ']' in a section name, '=' in a key, an empty key).
+// folder that can't be written or synced, or names and values that the file couldn't hold (a
+// line break anywhere, ']' in a section name, '=' in a key, an empty key, text that isn't UTF-8
+// for a UTF-16 file).
 BOOL WritePrivateProfileStringA(const char* section, const char* key, const char* value,
                                 const char* file);
 
