@@ -10,6 +10,11 @@
 // Applications usually reach it through `AuditTrailWrapper`; settings come from a
 // `ConfigurationSection` through `AuditTrailSettings`.
 //
+// Texts are UTF-8. Every character that XML 1.0 cannot carry is recorded as U+FFFD, in messages,
+// details, the project and the extended user information alike: the C0 controls other than tab
+// and line feed (carriage returns are removed), U+FFFE and U+FFFF. No recorded text can make a
+// later save fail.
+//
 // Errors: recording never reports (an event that cannot be recorded is dropped). `Load` tells
 // the user through `UserComm` and clears the trail when the stored trail cannot be read. `Read`
 // and `CopyContent` throw `Exception` and leave the document as it was. `Save` to a file writes

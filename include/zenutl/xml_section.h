@@ -24,6 +24,10 @@
 // Section names match element names only when they are plain ASCII: a name with a byte above
 // 0x7F matches nothing (so `ChangeSection` with it appends a new element on every call). Narrow
 // key names and values are UTF-8, like every narrow text of the library; wide ones are UTF-32.
+// Every character of a value that XML 1.0 cannot carry is stored as U+FFFD: the C0 controls
+// other than tab, line feed and carriage return, U+FFFE, U+FFFF and unpaired surrogates (bytes
+// that are not UTF-8 are read as Latin-1 letters, which XML carries). So "a\x01b" reads back as
+// "a\xEF\xBF\xBDb", and no value can make a later `Flush` fail.
 // Documents are parsed with the guards of the library's XML parser: no network access, bounded
 // entity expansion and nesting (see the constructors).
 //

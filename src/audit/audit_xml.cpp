@@ -5,11 +5,7 @@
 namespace zenutl {
 namespace audit {
 
-XmlText::XmlText(const char* text) : mText(config::XmlFromUtf8(text)) {
-  for (XMLCh& unit : mText) {
-    if (unit < 0x20 && unit != 0x09 && unit != 0x0A && unit != 0x0D) unit = 0xFFFD;
-  }
-}
+XmlText::XmlText(const char* text) : mText(config::XmlContentFromUtf8(text)) {}
 
 CString ToCString(const XMLCh* text) {
   return CString(config::Utf8FromXml(text));

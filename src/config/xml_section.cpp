@@ -41,8 +41,9 @@ using zenutl::config::AppendUtf8;
 using zenutl::config::GuardedDOMParser;
 using zenutl::config::Utf8FromXml;
 using zenutl::config::WideFromXml;
+using zenutl::config::XmlContentFromUtf8;
+using zenutl::config::XmlContentFromWide;
 using zenutl::config::XmlFromUtf8;
-using zenutl::config::XmlFromWide;
 using zenutl::config::XmlName;
 using zenutl::config::XmlString;
 
@@ -454,11 +455,11 @@ bool SetAttribute(DOMNode* node, const char* key, const XmlString& value) {
 }  // namespace
 
 bool XMLSection::WriteKey(const char* key, const wchar_t* value) {
-  return SetAttribute(mpCurrentNode->mpNode, key, XmlFromWide(value));
+  return SetAttribute(mpCurrentNode->mpNode, key, XmlContentFromWide(value));
 }
 
 bool XMLSection::WriteKey(const char* key, const char* value) {
-  return SetAttribute(mpCurrentNode->mpNode, key, XmlFromUtf8(value));
+  return SetAttribute(mpCurrentNode->mpNode, key, XmlContentFromUtf8(value));
 }
 
 bool XMLSection::WriteInt(const char* key, int value) {

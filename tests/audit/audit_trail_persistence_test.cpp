@@ -348,7 +348,8 @@ TEST_F(AuditTrailPersistence, SaveIntoAMissingFolderKeepsTheModifiedFlag) {
   EXPECT_TRUE(trail.IsModified());
 }
 
-TEST_F(AuditTrailPersistence, ControlCharactersAreReplacedSoTheTrailStillSaves) {
+// Each of these texts, stored as it came, made every later save fail.
+TEST_F(AuditTrailPersistence, CharactersXmlCannotCarryAreReplacedSoEverySaveSucceeds) {
   const std::string path = RecordTrail(1);
   ZnFolderStreamSource source(Dir().string().c_str());
   AuditTrail fileTrail(path.c_str(), "", nullptr);
@@ -356,18 +357,25 @@ TEST_F(AuditTrailPersistence, ControlCharactersAreReplacedSoTheTrailStillSaves) 
   for (AuditTrail* trail : {&fileTrail, &streamTrail}) {
     SCOPED_TRACE(trail == &fileTrail ? "file" : "stream source");
     trail->GetAuditTrailSettings().SetLogEvents(1);
+    trail->GetAuditTrailSettings().SetExtendedUserInfo("lab \xEF\xBF\xBF 3");
     trail->Load();
     trail->BeginSession();
     trail->SetProject("tab\there, bell \a there");
     trail->AddEvent("bell \a in the message", "nul-free \x01 detail", nullptr);
+    trail->AddEvent("U+FFFE \xEF\xBF\xBE here", "U+FFFF \xEF\xBF\xBF here", nullptr);
+    const std::string whole = SavedText(*trail);
+    EXPECT_EQ(whole.substr(whole.size() - 13), "</AuditTrail>");
     trail->EndSessionAndSave();
     EXPECT_FALSE(trail->IsModified());
     EXPECT_TRUE(VerifyFile(path));
   }
   const std::string text = ReadWholeFile(path);
-  EXPECT_EQ(CountOf(text, ">bell \xEF\xBF\xBD in the message<"), 2);
-  EXPECT_EQ(CountOf(text, "nul-free \xEF\xBF\xBD detail"), 2);
-  EXPECT_EQ(CountOf(text, "bell \xEF\xBF\xBD there"), 2);
+  const std::string r = "\xEF\xBF\xBD";
+  for (const std::string& stored :
+       {">bell " + r + " in the message<", "nul-free " + r + " detail", "bell " + r + " there",
+        ">U+FFFE " + r + " here<", "U+FFFF " + r + " here", ">lab " + r + " 3<"}) {
+    EXPECT_EQ(CountOf(text, stored), 2) << stored;
+  }
 }
 
 TEST_F(AuditTrailPersistence, SaveAsWritesACopyWithTheStylesheet) {

@@ -557,6 +557,40 @@ TEST(XMLSection, FlushIntoTextAndStreamButNotToAFileItDoesNotHave) {
             "<r a=\"1\">\n\n  <c b=\"2\">\n    <d/>\n  </c>\n\n</r>\n");
 }
 
+// Each value holds a character XML cannot carry; stored as it was, it made every later Flush
+// fail and so lost every later change.
+TEST_F(XMLSectionFile, CharactersXmlCannotCarryAreStoredAsReplacementsAndFlushStillWorks) {
+  const std::string path = File("odd.zxl");
+  const std::string r = "\xEF\xBF\xBD";  // U+FFFD in UTF-8
+  {
+    XMLSection section(path.c_str(), false);
+    SectionPtr root(section.CreateSubSection("r"));
+    EXPECT_TRUE(root->WriteKey("control",
+                               "a\x01"
+                               "b"));
+    EXPECT_TRUE(root->WriteKey("fffe",
+                               "a\xEF\xBF\xBE"
+                               "b"));
+    EXPECT_TRUE(root->WriteKey("ffff",
+                               L"a\xFFFF"
+                               L"b"));
+    EXPECT_TRUE(root->WriteKey("surrogate",
+                               L"a\xD800"
+                               L"b"));
+    EXPECT_TRUE(root->WriteKey("kept", "tab\tline\ncaf\xE9 \xF0\x9F\x98\x80"));
+    ASSERT_TRUE(section.Flush());
+    root->WriteKey("later", "change");
+    ASSERT_TRUE(section.Flush());
+  }
+  XMLSection reread(path.c_str(), false);
+  ASSERT_TRUE(reread.ChangeSubSection("r"));
+  for (const char* key : {"control", "fffe", "ffff", "surrogate"}) {
+    EXPECT_EQ(Text(reread, key), "a" + r + "b") << key;
+  }
+  EXPECT_EQ(Text(reread, "kept"), "tab\tline\ncaf\xC3\xA9 \xF0\x9F\x98\x80");
+  EXPECT_EQ(Text(reread, "later"), "change");
+}
+
 TEST_F(XMLSectionFile, SavingAgainAndAgainKeepsCommentsTextAndTheFileAsItIs) {
   const std::string path = File("cycle.zxl");
   WriteWholeFile(path, "<!-- user note --><r a=\"1\"><c b=\"2\"><d/>text</c><e/></r>");
