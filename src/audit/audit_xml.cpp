@@ -36,5 +36,45 @@ xercesc::DOMElement* FindChildElement(const xercesc::DOMNode* parent, const char
   return nullptr;
 }
 
+int ElementDepth(const xercesc::DOMNode* node) {
+  int depth = 0;
+  for (; node; node = node->getParentNode()) {
+    if (node->getNodeType() == xercesc::DOMNode::ELEMENT_NODE) ++depth;
+  }
+  return depth;
+}
+
+int SubtreeElementDepth(const xercesc::DOMNode* element) {
+  if (!element) return 0;
+  int depth = 1;
+  int deepest = 1;
+  const xercesc::DOMNode* current = element;
+  for (;;) {
+    const xercesc::DOMNode* child = current->getFirstChild();
+    while (child && child->getNodeType() != xercesc::DOMNode::ELEMENT_NODE) {
+      child = child->getNextSibling();
+    }
+    if (child) {
+      current = child;
+      if (++depth > deepest) deepest = depth;
+      continue;
+    }
+    // Up until an element sibling turns up, or the walk is back at the start.
+    for (;;) {
+      if (current == element) return deepest;
+      const xercesc::DOMNode* sibling = current->getNextSibling();
+      while (sibling && sibling->getNodeType() != xercesc::DOMNode::ELEMENT_NODE) {
+        sibling = sibling->getNextSibling();
+      }
+      if (sibling) {
+        current = sibling;
+        break;
+      }
+      current = current->getParentNode();
+      --depth;
+    }
+  }
+}
+
 }  // namespace audit
 }  // namespace zenutl

@@ -35,6 +35,13 @@ xercesc::DOMElement* FindChildElement(const xercesc::DOMNode* parent, const char
 // Whether `node` is an element named `name` (ignoring case).
 bool IsElementNamed(const xercesc::DOMNode* node, const char* name);
 
+// The depth of `node` among elements: 1 for the document element, 0 for the document node.
+int ElementDepth(const xercesc::DOMNode* node);
+
+// How many levels of elements `element` and its descendants span: 1 for an element without
+// element children. Walks without recursion.
+int SubtreeElementDepth(const xercesc::DOMNode* element);
+
 }  // namespace audit
 }  // namespace zenutl
 

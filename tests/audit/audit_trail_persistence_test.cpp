@@ -5,11 +5,13 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <memory>
 #include <regex>
 #include <sstream>
 #include <string>
 
 #include "audit/audit_test_support.h"
+#include "config/guarded_dom_parser.h"
 #include "support/child_process.h"
 #include "support/exception_matchers.h"
 #include "support/temp_dir.h"
@@ -376,6 +378,41 @@ TEST_F(AuditTrailPersistence, CharactersXmlCannotCarryAreReplacedSoEverySaveSucc
         ">U+FFFE " + r + " here<", "U+FFFF " + r + " here", ">lab " + r + " 3<"}) {
     EXPECT_EQ(CountOf(text, stored), 2) << stored;
   }
+}
+
+// A trail reads back whatever nesting it recorded. Each level of sub-trails nests an "Event"
+// and an "Events" deeper; the deepest chain that fits (over 1,000 levels) is saved and loads
+// again, and an event that would nest one level deeper is dropped instead of recorded.
+TEST_F(AuditTrailPersistence, NestedSubTrailsReadBackAndTooDeepOnesAreDropped) {
+  // AuditTrail/Session/Events/Event/Details is 5 deep; every level adds two.
+  const int levels = (static_cast<int>(zenutl::config::kElementDepthLimit) - 5) / 2;
+  ASSERT_GE(levels, 1000);
+  std::unique_ptr<AuditTrail> deepest(new AuditTrail);
+  deepest->BeginSession();
+  deepest->AddEvent("innermost", "with details", nullptr);
+  for (int level = 0; level < levels; ++level) {
+    std::unique_ptr<AuditTrail> outer(new AuditTrail);
+    outer->BeginSession();
+    outer->AddEvent("level", "with details", deepest.get());
+    deepest = std::move(outer);
+  }
+  AuditTrail tooDeep;
+  tooDeep.BeginSession();
+  tooDeep.AddEvent("one level too deep", "with details", deepest.get());
+  EXPECT_FALSE(tooDeep.IsModified());
+  EXPECT_EQ(CountOf(SavedText(tooDeep), "<Event "), 0);
+
+  deepest->EndSession();
+  const std::string path = File("deep.xml");
+  WriteWholeFile(path, SavedText(*deepest));
+  UserCommRecorder recorder;
+  EXPECT_TRUE(VerifyFile(path));
+  EXPECT_TRUE(recorder.messages.empty());
+  AuditTrail reloaded(path.c_str(), "", nullptr);
+  reloaded.Load();
+  const std::string text = SavedText(reloaded);
+  EXPECT_EQ(CountOf(text, ">innermost<"), 1);
+  EXPECT_EQ(CountOf(text, ">level<"), levels);
 }
 
 TEST_F(AuditTrailPersistence, SaveAsWritesACopyWithTheStylesheet) {
