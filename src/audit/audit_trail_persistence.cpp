@@ -11,6 +11,7 @@
 #include "audit/audit_trail_document.h"
 #include "audit/audit_xml.h"
 #include "platform/atomic_file.h"
+#include "platform/file_system.h"
 #include "platform/native_path.h"
 #include "zenutl/audit_trail.h"
 #include "zenutl/exception.h"
@@ -20,7 +21,6 @@
 #include "zenutl/rolling_checksum.h"
 #include "zenutl/user_comm.h"
 #include "zenutl/write_xml_file.h"
-#include "zenutl/zn_file.h"
 #include "zenutl/zn_stream_source.h"
 
 XERCES_CPP_NAMESPACE_USE
@@ -238,15 +238,16 @@ void AuditTrail::SaveAs(const char* fileName) {
 }
 
 void AuditTrail::CopyContent(AuditTrail* other) {
-  const CString tempName = ZnFile::GetTempFileNameA("AuditTemp.xml");
-  const std::string nativeTemp = zenutl::platform::ToNativePath(tempName.GetString());
-  std::fstream stream(nativeTemp,
-                      std::ios::in | std::ios::out | std::ios::trunc | std::ios::binary);
-  if (!stream) {
-    std::remove(nativeTemp.c_str());
-    throw Exception(kCopyContentFailed);
-  }
+  // A temporary of this copy's own, made exclusively and held locked: two copies at once, in
+  // one process or two, must never read each other's documents.
+  std::string nativeTemp;
+  const int held = zenutl::platform::CreateTemporaryBeside(
+      zenutl::platform::ToNativePath(zenutl::platform::GetTempPath() + "AuditTemp.xml"),
+      nativeTemp);
+  if (held < 0) throw Exception(kCopyContentFailed);
+  std::fstream stream(nativeTemp, std::ios::in | std::ios::out | std::ios::binary);
   try {
+    if (!stream) throw Exception(kCopyContentFailed);
     other->Save(stream);
     if (!stream.good()) throw Exception(kCopyContentFailed);
     stream.seekg(0);
@@ -264,9 +265,11 @@ void AuditTrail::CopyContent(AuditTrail* other) {
     mSettings = other->mSettings;
   } catch (...) {
     stream.close();
-    std::remove(nativeTemp.c_str());
+    unlink(nativeTemp.c_str());
+    close(held);
     throw;
   }
   stream.close();
   unlink(nativeTemp.c_str());
+  close(held);
 }

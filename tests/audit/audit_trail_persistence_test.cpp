@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -15,6 +16,7 @@
 #include "support/child_process.h"
 #include "support/exception_matchers.h"
 #include "support/temp_dir.h"
+#include "support/unprivileged_user.h"
 #include "zenutl/audit_trail.h"
 #include "zenutl/exception.h"
 #include "zenutl/zn_folder_stream_source.h"
@@ -341,6 +343,29 @@ TEST_F(AuditTrailPersistence, FailedSaveKeepsThePreviousFileAndTheModifiedFlag) 
   }
 }
 
+// A folder where the user may write the trail but not create files (so that trails cannot be
+// deleted) still gets every save: the trail is written in place.
+TEST_F(AuditTrailPersistence, TrailInAFolderThatRefusesNewFilesIsWrittenInPlace) {
+  const std::string folder = File("locked");
+  const std::string path = folder + "/trail.xml";
+  boost::filesystem::create_directory(folder);
+  boost::filesystem::rename(RecordTrail(1), path);
+  zenutl_test::HandOver(folder);
+  ASSERT_EQ(::chmod(folder.c_str(), 0555), 0);
+  zenutl_test::ExpectPassesAsUnprivilegedUser([&path] {
+    AuditTrail trail(path.c_str(), "", nullptr);
+    trail.GetAuditTrailSettings().SetLogEvents(1);
+    trail.Load();
+    trail.BeginSession();
+    trail.AddEvent("kept", "", nullptr);
+    trail.EndSessionAndSave();
+    EXPECT_FALSE(trail.IsModified());
+  });
+  ::chmod(folder.c_str(), 0755);
+  EXPECT_EQ(CountOf(ReadWholeFile(path), ">kept<"), 1);
+  EXPECT_TRUE(VerifyFile(path));
+}
+
 TEST_F(AuditTrailPersistence, SaveIntoAMissingFolderKeepsTheModifiedFlag) {
   AuditTrail trail(File("no/such/folder/trail.xml").c_str(), "", nullptr);
   trail.GetAuditTrailSettings().SetLogEvents(1);
@@ -443,10 +468,59 @@ TEST_F(AuditTrailPersistence, CopyContentTakesDocumentOpenSessionAndSettings) {
   EXPECT_STREQ(copy.GetFileName(), File("target.xml").c_str());
 }
 
+// Points TMPDIR at a folder for the life of the object.
+class ScopedTempFolder {
+ public:
+  explicit ScopedTempFolder(const std::string& folder) {
+    const char* old = std::getenv("TMPDIR");
+    hadOld_ = old != nullptr;
+    if (old) old_ = old;
+    setenv("TMPDIR", folder.c_str(), 1);
+  }
+  ~ScopedTempFolder() {
+    if (hadOld_) {
+      setenv("TMPDIR", old_.c_str(), 1);
+    } else {
+      unsetenv("TMPDIR");
+    }
+  }
+
+ private:
+  bool hadOld_;
+  std::string old_;
+};
+
+// Copies go through a temporary file; two processes copying at once must never share one.
+TEST_F(AuditTrailPersistence, CopyContentInTwoProcessesAtOnceNeverMixesTheirTrails) {
+  ScopedTempFolder temp(Dir().string());
+  pid_t copiers[2];
+  for (const char* name : {"first", "second"}) {
+    const pid_t child = zenutl_test::StartChild([name] {
+      AuditTrail source;
+      source.BeginSession();
+      for (int i = 0; i < 20; ++i) source.AddEvent(name, "an event of this process", nullptr);
+      std::istringstream saved(SavedText(source));
+      AuditTrail reference;
+      reference.Read(saved);
+      const std::string expected = SavedText(reference);
+      for (int copy = 0; copy < 1500; ++copy) {
+        AuditTrail target;
+        target.CopyContent(&source);
+        ASSERT_TRUE(SavedText(target) == expected) << "copy " << copy << " holds another trail";
+      }
+    });
+    ASSERT_GT(child, 0);
+    copiers[name[0] == 's'] = child;
+  }
+  for (const pid_t child : copiers) {
+    const int status = zenutl_test::WaitForChild(child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  }
+  EXPECT_TRUE(boost::filesystem::is_empty(Dir())) << "a temporary file was left behind";
+}
+
 TEST_F(AuditTrailPersistence, CopyContentWithoutATemporaryFileThrowsAndKeepsTheDocument) {
-  const char* old = std::getenv("TMPDIR");
-  const std::string saved = old ? old : "";
-  setenv("TMPDIR", File("no-such-folder").c_str(), 1);
+  ScopedTempFolder temp(File("no-such-folder"));
   AuditTrail source;
   source.BeginSession();
   AuditTrail copy;
@@ -454,11 +528,6 @@ TEST_F(AuditTrailPersistence, CopyContentWithoutATemporaryFileThrowsAndKeepsTheD
   copy.AddEvent("mine", "", nullptr);
   const std::string before = SavedText(copy);
   EXPECT_THROW_WHY(copy.CopyContent(&source), Exception, "AuditTrail::CopyContent failed.");
-  if (old) {
-    setenv("TMPDIR", saved.c_str(), 1);
-  } else {
-    unsetenv("TMPDIR");
-  }
   EXPECT_EQ(SavedText(copy), before);
 }
 

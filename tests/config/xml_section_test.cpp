@@ -1,6 +1,7 @@
 #include "zenutl/xml_section.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <xercesc/dom/DOMDocument.hpp>
 #include <xercesc/dom/DOMException.hpp>
 
@@ -17,6 +18,7 @@
 #include "support/exception_matchers.h"
 #include "support/full_disk.h"
 #include "support/temp_dir.h"
+#include "support/unprivileged_user.h"
 #include "zenutl/ini_file_section.h"
 #include "zenutl/language_string.h"
 #include "zenutl/memory_xml_input_stream.h"
@@ -536,6 +538,33 @@ TEST_F(XMLSectionFile, FlushThatCannotWriteAnswersFalseAndKeepsTheOldFile) {
   zenutl::platform::ScopedFileCalls diskFull(zenutl_test::FullDiskCalls());
   EXPECT_FALSE(section.Flush());
   EXPECT_EQ(ReadWholeFile(path), "<old/>");
+}
+
+// Flush keeps the rules an in-place write would have kept: a read-only file is refused (root
+// included), and a user's private file saved by root stays the user's.
+TEST_F(XMLSectionFile, FlushRefusesReadOnlyFilesAndKeepsPermissionsAndOwner) {
+  const std::string path = File("settings.zxl");
+  WriteWholeFile(path, "<r/>");
+  ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
+  {
+    XMLSection section(path.c_str(), false);
+    ASSERT_TRUE(section.ChangeSubSection("r"));
+    EXPECT_TRUE(section.WriteKey("k", "v"));
+    EXPECT_FALSE(section.Flush());
+    EXPECT_EQ(ReadWholeFile(path), "<r/>");
+  }
+  ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
+  zenutl_test::HandOver(path);
+  XMLSection section(path.c_str(), false);
+  ASSERT_TRUE(section.ChangeSubSection("r"));
+  EXPECT_TRUE(section.WriteKey("k", "v"));
+  EXPECT_TRUE(section.Flush());
+  struct stat info;
+  ASSERT_EQ(::stat(path.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 07777, 0600u);
+  EXPECT_EQ(info.st_uid, zenutl_test::UnprivilegedUid());
+  EXPECT_EQ(info.st_gid, zenutl_test::UnprivilegedGid());
+  EXPECT_NE(ReadWholeFile(path).find("k=\"v\""), std::string::npos);
 }
 
 TEST(XMLSection, FlushIntoTextAndStreamButNotToAFileItDoesNotHave) {

@@ -12,6 +12,7 @@
 
 #include "platform/file_calls.h"
 #include "support/temp_dir.h"
+#include "support/unprivileged_user.h"
 
 namespace {
 
@@ -46,6 +47,29 @@ TEST_F(AtomicFile, ReplacesTheWholeFileKeepingModeAndLinkAndALaterTime) {
   EXPECT_EQ(info.st_mtim.tv_nsec, 0);
   EXPECT_EQ(ReadWholeFile(target), big);
   EXPECT_EQ(FilesInFolder(), 2);
+}
+
+// Another user's file that this user may write (a shared, group-writable settings file, say)
+// cannot be replaced by a file of this user's own: it is written in place and stays its owner's.
+TEST_F(AtomicFile, AFileWhoseOwnerAReplacementCannotKeepIsWrittenInPlace) {
+  const std::string path = File("shared.ini");
+  WriteWholeFile(path, "old content");
+  ASSERT_EQ(::chmod(path.c_str(), 0666) + ::chmod(Dir().c_str(), 0777), 0);
+  struct stat before;
+  ASSERT_EQ(::stat(path.c_str(), &before), 0);
+  zenutl_test::ExpectPassesAsUnprivilegedUser([&path] {
+    std::string error;
+    EXPECT_TRUE(WriteFileAtomically(path, "new", &error)) << error;
+  });
+  struct stat after;
+  ASSERT_EQ(::stat(path.c_str(), &after), 0);
+  EXPECT_EQ(after.st_uid, before.st_uid);
+  EXPECT_EQ(after.st_mode, before.st_mode);
+  if (zenutl_test::RunningAsRoot()) {
+    EXPECT_EQ(after.st_ino, before.st_ino);
+  }
+  EXPECT_EQ(ReadWholeFile(path), "new");
+  EXPECT_EQ(FilesInFolder(), 1);
 }
 
 // Faults for the file calls. The table holds plain functions, so what one must remember lives
