@@ -11,6 +11,7 @@
 #include "audit/audit_trail_document.h"
 #include "audit/audit_xml.h"
 #include "config/guarded_dom_parser.h"
+#include "platform/file_calls.h"
 #include "platform/native_path.h"
 #include "zenutl/path_functions.h"
 #include "zenutl/rolling_checksum.h"
@@ -326,8 +327,13 @@ void AuditTrail::Clear() {
   if (mStreamSource) {
     mStreamSource->DeleteStream(mFileName);
   } else {
-    std::remove(zenutl::platform::ToNativePath(mFileName.GetString()).c_str());
+    // unlink, not remove: a folder that stands where the trail should is never deleted.
+    zenutl::platform::Unlink(zenutl::platform::ToNativePath(mFileName.GetString()).c_str());
   }
+  StartOver();
+}
+
+void AuditTrail::StartOver() {
   ResetDocument();
   BeginSession();
   AddEvent("Audit Trail cleared.", nullptr, nullptr);

@@ -3,20 +3,28 @@
 #include <xercesc/sax/SAXException.hpp>
 #include <xercesc/util/XMLException.hpp>
 
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
 #include <fstream>
 #include <memory>
 #include <sstream>
 
 #include "audit/audit_trail_document.h"
 #include "audit/audit_xml.h"
+#include "file/file_io.h"
 #include "platform/atomic_file.h"
+#include "platform/file_calls.h"
 #include "platform/file_system.h"
 #include "platform/native_path.h"
 #include "zenutl/audit_trail.h"
 #include "zenutl/exception.h"
 #include "zenutl/fn_class.h"
 #include "zenutl/istream_input_source.h"
+#include "zenutl/log.h"
 #include "zenutl/path_functions.h"
 #include "zenutl/rolling_checksum.h"
 #include "zenutl/user_comm.h"
@@ -79,6 +87,69 @@ bool WriteDocumentText(const DOMNode* node, std::string& text) {
   return true;
 }
 
+// "trail.xml" => "trail.xml.damaged-20261123T120000Z": where a trail that could not be read is
+// kept, stamped in UTC so that such names sort by time. Another one in the same second takes
+// "-2", "-3" and so on.
+CString DamagedName(const CString& name, std::time_t when, int attempt) {
+  std::tm utc{};
+  gmtime_r(&when, &utc);
+  char stamp[32];
+  std::strftime(stamp, sizeof stamp, "%Y%m%dT%H%M%SZ", &utc);
+  CString damaged;
+  damaged.Format("%s.damaged-%s", name.GetString(), stamp);
+  if (attempt > 1) damaged.AppendFormat("-%d", attempt);
+  return damaged;
+}
+
+void LogSetAside(const CString& text) {
+  Log::WriteMessage("AuditTrail", "Load", text, Log::Error, true);
+}
+
+// Moves a stored trail that could not be read to its damaged name and logs where it went.
+// Answers false when the bytes are still in the trail's place, where a save would overwrite
+// them; a folder standing in that place is never touched, and nothing can be saved over it.
+bool SetAsideUnreadableTrail(ZnStreamSource* source, const CString& name) {
+  const std::time_t now = std::time(nullptr);
+  CString moved;
+  int failure = 0;
+  if (source) {
+    if (!source->StreamExists(name)) return true;
+    for (int attempt = 1; moved.IsEmpty() && attempt < 100; ++attempt) {
+      const CString candidate = DamagedName(name, now, attempt);
+      if (source->StreamExists(candidate)) continue;
+      if (!source->RenameStream(name, candidate)) break;
+      moved = candidate;
+    }
+  } else {
+    const std::string nativePath = zenutl::platform::ToNativePath(name.GetString());
+    struct stat info;
+    if (lstat(nativePath.c_str(), &info) != 0) return true;
+    if (S_ISDIR(info.st_mode)) {
+      LogSetAside("The Audit Trail '" + name + "' is a folder; it was left as it is.");
+      return true;
+    }
+    for (int attempt = 1; moved.IsEmpty() && attempt < 100; ++attempt) {
+      const CString candidate = DamagedName(name, now, attempt);
+      const std::string nativeCandidate = zenutl::platform::ToNativePath(candidate.GetString());
+      if (zenutl::platform::RenameNoReplace(nativePath.c_str(), nativeCandidate.c_str()) == 0) {
+        moved = candidate;
+      } else if (errno != EEXIST) {
+        failure = errno;
+        break;
+      }
+    }
+  }
+  if (!moved.IsEmpty()) {
+    LogSetAside("The Audit Trail '" + name + "' could not be read; it was moved to '" + moved +
+                "'.");
+    return true;
+  }
+  CString text("The Audit Trail '" + name + "' could not be read, nor moved aside");
+  if (failure != 0) text += CString(" (") + std::strerror(failure) + ")";
+  LogSetAside(text + "; it will not be saved over.");
+  return false;
+}
+
 }  // namespace
 
 bool AuditTrail::VerifySignature(CString* message) {
@@ -134,6 +205,10 @@ void AuditTrail::Load() {
     } else if (access(nativePath.c_str(), F_OK) != 0) {
       mFileMissing = true;
       return;
+    } else if (!zenutl::file::FileDescriptor(zenutl::file::OpenFileForReading(mFileName)).valid()) {
+      // There but not readable now (a folder in its place, no file handles left): unreadable,
+      // with the system's reason, and without handing the parser what it cannot open.
+      throw Exception(zenutl::platform::SystemErrorText(errno).c_str());
     }
     if (!mDocument->parser) {
       mDocument->parser = MakeParser().release();
@@ -147,6 +222,7 @@ void AuditTrail::Load() {
       mDocument->parser->ParseFile(nativePath);
     }
     mDocument->session = nullptr;
+    mDocument->keepStoredTrail = false;
   } catch (const XMLException& e) {
     error = ToCString(e.getMessage());
   } catch (const DOMException& e) {
@@ -160,7 +236,11 @@ void AuditTrail::Load() {
   CString text;
   text.Format(kLoadFailureFormat, error.GetString());
   UserComm::GetUserComm()->FatalError(text, "Audit Trail");
-  Clear();
+  // Cleared, but not deleted: a flipped byte, or a load that met a passing shortage of file
+  // handles, must not cost the history. What cannot be moved aside is not saved over.
+  const bool setAside = SetAsideUnreadableTrail(mStreamSource, mFileName);
+  StartOver();
+  mDocument->keepStoredTrail = !setAside;
 }
 
 void AuditTrail::LoadAndUpdateLogEventsFromData() {
@@ -203,6 +283,7 @@ void AuditTrail::Save() {
   // The whole text first, then one replacement of the stored trail: a failure part-way leaves
   // the previous trail as it was, and the modified flag tells the caller that nothing was saved.
   std::string text;
+  if (mDocument->keepStoredTrail) return;
   if (!WriteDocumentText(mDocument->GetDocument(), text)) return;
   if (mStreamSource) {
     std::unique_ptr<std::ostream> stream(mStreamSource->OpenOutputStream(mFileName));

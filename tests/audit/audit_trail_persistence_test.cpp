@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
@@ -10,6 +12,7 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "audit/audit_test_support.h"
 #include "config/guarded_dom_parser.h"
@@ -19,6 +22,7 @@
 #include "support/unprivileged_user.h"
 #include "zenutl/audit_trail.h"
 #include "zenutl/exception.h"
+#include "zenutl/log.h"
 #include "zenutl/zn_folder_stream_source.h"
 
 namespace {
@@ -258,7 +262,23 @@ TEST_F(AuditTrailPersistence, MissingFileOnlySetsTheFlag) {
   EXPECT_TRUE(trail.IsEmpty());
 }
 
-TEST_F(AuditTrailPersistence, UnreadableFileIsReportedAndTheTrailCleared) {
+// The names in `folder` of trails that were moved aside as damaged, "<name>.damaged-<UTC>".
+std::vector<std::string> DamagedIn(const boost::filesystem::path& folder, const std::string& name) {
+  const std::regex damaged(std::regex_replace(name, std::regex("\\."), "\\.") +
+                           "\\.damaged-[0-9]{8}T[0-9]{6}Z");
+  std::vector<std::string> found;
+  for (auto& entry : boost::filesystem::directory_iterator(folder)) {
+    const std::string file = entry.path().filename().string();
+    if (std::regex_match(file, damaged)) found.push_back(file);
+  }
+  return found;
+}
+
+// A trail that cannot be read is cleared and the user told, but its bytes are not destroyed:
+// they are moved aside to a name that says the trail was damaged and when.
+TEST_F(AuditTrailPersistence, UnreadableFileIsReportedClearedAndMovedAside) {
+  std::string flipped = ReadWholeFile(RecordTrail(1));
+  flipped[flipped.find("<Events>") + 1] ^= 0x20;  // "<events>" no longer matches "</Events>"
   struct Row {
     const char* what;
     std::string content;
@@ -267,6 +287,7 @@ TEST_F(AuditTrailPersistence, UnreadableFileIsReportedAndTheTrailCleared) {
       {"binary", std::string("\x00\x01\xFF\xFE garbage \x89PNG", 18)},
       {"empty", ""},
       {"mismatched tags", "<AuditTrail><Session></AuditTrail>"},
+      {"one flipped byte", flipped},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.what);
@@ -284,11 +305,82 @@ TEST_F(AuditTrailPersistence, UnreadableFileIsReportedAndTheTrailCleared) {
                   "the Audit Trail will be cleared.\n\nDetails: ",
                   0),
               0u);
-    EXPECT_FALSE(boost::filesystem::exists(path));
     const std::string text = SavedText(trail);
     EXPECT_EQ(CountOf(text, "<Session "), 1);
     EXPECT_NE(text.find(">Audit Trail cleared.<"), std::string::npos);
+    EXPECT_FALSE(boost::filesystem::exists(path));
+    const std::vector<std::string> damaged = DamagedIn(Dir(), "broken.xml");
+    ASSERT_EQ(damaged.size(), 1u);
+    EXPECT_EQ(ReadWholeFile(File(damaged[0])), row.content);
+    boost::filesystem::remove(File(damaged[0]));
   }
+}
+
+// Opens file handles until there are none left, and gives them back at its end.
+class FileHandleShortage {
+ public:
+  FileHandleShortage() {
+    struct rlimit limit;
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = std::min<rlim_t>(limit.rlim_cur, 256);
+    setrlimit(RLIMIT_NOFILE, &limit);
+    for (int fd; (fd = open("/dev/null", O_RDONLY)) >= 0;) held_.push_back(fd);
+  }
+  ~FileHandleShortage() {
+    for (const int fd : held_) close(fd);
+  }
+
+ private:
+  std::vector<int> held_;
+};
+
+// A load that met a passing shortage of file handles must not erase years of history: the
+// trail goes aside whole, and the process log says where.
+TEST_F(AuditTrailPersistence, LoadWithoutFileHandlesKeepsTheTrailAndLogsWhereItWent) {
+  const std::string path = RecordTrail(2);
+  const std::string history = ReadWholeFile(path);
+  const std::string log = File("process.log");
+  zenutl_test::ExpectPassesInChild([&path, &log] {
+    ASSERT_TRUE(Log::CreateInstance(log.c_str()));
+    UserCommRecorder recorder;
+    AuditTrail trail(path.c_str(), "", nullptr);
+    trail.GetAuditTrailSettings().SetLogEvents(1);
+    {
+      FileHandleShortage shortage;
+      trail.Load();
+    }
+    EXPECT_EQ(recorder.messages.size(), 1u);
+    trail.EndSessionAndSave();
+    EXPECT_FALSE(trail.IsModified());
+  });
+  const std::vector<std::string> damaged = DamagedIn(Dir(), "trail.xml");
+  ASSERT_EQ(damaged.size(), 1u);
+  EXPECT_EQ(ReadWholeFile(File(damaged[0])), history);
+  EXPECT_NE(ReadWholeFile(log).find(damaged[0]), std::string::npos);
+  EXPECT_NE(ReadWholeFile(path).find(">Audit Trail cleared.<"), std::string::npos);
+}
+
+// In a stream source the damaged stream is renamed likewise. A folder standing where the trail
+// should be is never deleted, neither by a failed load nor by Clear.
+TEST_F(AuditTrailPersistence, UnreadableStreamIsMovedAsideAndAFolderInPlaceOfATrailStays) {
+  WriteWholeFile(File("trail.xml"), "<AuditTrail><Sess");
+  ZnFolderStreamSource source(Dir().string().c_str());
+  UserCommRecorder recorder;
+  AuditTrail streamTrail(&source, "", "trail.xml", "", nullptr);
+  streamTrail.Load();
+  EXPECT_FALSE(source.StreamExists("trail.xml"));
+  const std::vector<std::string> damaged = DamagedIn(Dir(), "trail.xml");
+  ASSERT_EQ(damaged.size(), 1u);
+  EXPECT_EQ(ReadWholeFile(File(damaged[0])), "<AuditTrail><Sess");
+
+  const std::string folder = File("folder.xml");
+  boost::filesystem::create_directory(folder);
+  AuditTrail folderTrail(folder.c_str(), "", nullptr);
+  folderTrail.Load();
+  EXPECT_TRUE(boost::filesystem::is_directory(folder));
+  folderTrail.Clear();
+  EXPECT_TRUE(boost::filesystem::is_directory(folder));
+  EXPECT_EQ(recorder.messages.size(), 2u);
 }
 
 TEST_F(AuditTrailPersistence, ReadOfBadDataThrowsAndKeepsTheDocument) {
@@ -344,26 +436,33 @@ TEST_F(AuditTrailPersistence, FailedSaveKeepsThePreviousFileAndTheModifiedFlag) 
 }
 
 // A folder where the user may write the trail but not create files (so that trails cannot be
-// deleted) still gets every save: the trail is written in place.
-TEST_F(AuditTrailPersistence, TrailInAFolderThatRefusesNewFilesIsWrittenInPlace) {
+// deleted) still gets every save: the trail is written in place. A damaged trail there cannot be
+// moved aside, and so is not saved over either.
+TEST_F(AuditTrailPersistence, TrailInAFolderThatRefusesNewFilesIsWrittenInPlaceUnlessDamaged) {
   const std::string folder = File("locked");
   const std::string path = folder + "/trail.xml";
+  const std::string damaged = folder + "/damaged.xml";
   boost::filesystem::create_directory(folder);
   boost::filesystem::rename(RecordTrail(1), path);
+  WriteWholeFile(damaged, "<AuditTrail><Sess");
   zenutl_test::HandOver(folder);
   ASSERT_EQ(::chmod(folder.c_str(), 0555), 0);
-  zenutl_test::ExpectPassesAsUnprivilegedUser([&path] {
-    AuditTrail trail(path.c_str(), "", nullptr);
-    trail.GetAuditTrailSettings().SetLogEvents(1);
-    trail.Load();
-    trail.BeginSession();
-    trail.AddEvent("kept", "", nullptr);
-    trail.EndSessionAndSave();
-    EXPECT_FALSE(trail.IsModified());
+  zenutl_test::ExpectPassesAsUnprivilegedUser([&path, &damaged] {
+    UserCommRecorder recorder;
+    for (const std::string& file : {path, damaged}) {
+      AuditTrail trail(file.c_str(), "", nullptr);
+      trail.GetAuditTrailSettings().SetLogEvents(1);
+      trail.Load();
+      trail.BeginSession();
+      trail.AddEvent("kept", "", nullptr);
+      trail.EndSessionAndSave();
+      EXPECT_EQ(trail.IsModified(), file == damaged) << file;
+    }
   });
   ::chmod(folder.c_str(), 0755);
   EXPECT_EQ(CountOf(ReadWholeFile(path), ">kept<"), 1);
   EXPECT_TRUE(VerifyFile(path));
+  EXPECT_EQ(ReadWholeFile(damaged), "<AuditTrail><Sess");
 }
 
 TEST_F(AuditTrailPersistence, SaveIntoAMissingFolderKeepsTheModifiedFlag) {
