@@ -602,7 +602,7 @@ TEST_F(AuditTrailPersistence, CopyContentInTwoProcessesAtOnceNeverMixesTheirTrai
       AuditTrail reference;
       reference.Read(saved);
       const std::string expected = SavedText(reference);
-      for (int copy = 0; copy < 1500; ++copy) {
+      for (int copy = 0; copy < 1000; ++copy) {
         AuditTrail target;
         target.CopyContent(&source);
         ASSERT_TRUE(SavedText(target) == expected) << "copy " << copy << " holds another trail";

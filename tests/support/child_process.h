@@ -56,17 +56,23 @@ inline void ExpectPassesInChild(const std::function<void()>& body) {
 }
 
 // Starts `body` in a child process and answers its id; the caller waits for it (WaitForChild)
-// or ends it. The child exits with 0, or 1 after a failed assertion. Call it while the test
-// program has no other threads.
+// or ends it. The child exits with 0, 1 after a failed assertion, or 2 after an exception. Call
+// it while the test program has no other threads.
 inline pid_t StartChild(const std::function<void()>& body) {
   std::fflush(stdout);
   std::fflush(stderr);
   const pid_t child = ::fork();
   if (child == 0) {
-    body();
+    int code = 2;
+    try {
+      body();
+      code = ::testing::Test::HasFailure() ? 1 : 0;
+    } catch (...) {
+      std::fprintf(stderr, "child: uncaught exception\n");
+    }
     std::fflush(stdout);
     std::fflush(stderr);
-    ::_exit(::testing::Test::HasFailure() ? 1 : 0);
+    ::_exit(code);
   }
   return child;
 }
