@@ -81,8 +81,10 @@ class XMLSection : public ConfigurationSection {
 
   // A new empty document, with no file name.
   XMLSection();
-  // The document in the file `path` (Windows or Linux form). A file that can't be opened gives an
-  // empty document that `Flush()` will create; the path is always kept for `Flush()`.
+  // The document in the file `path` (Windows or Linux form). A missing file gives an empty
+  // document that `Flush()` will create; the path is always kept for `Flush()`. A file that is
+  // there but can't be read now (no permission, no file handles left, a folder) also gives an
+  // empty document, but `Flush()` then answers false and never replaces it.
   // `loadExternalDtd` loads an external DTD named by the document when it is a local file; one
   // on another machine is never fetched and fails the parse.
   XMLSection(const char* path, bool loadExternalDtd);
@@ -133,7 +135,8 @@ class XMLSection : public ConfigurationSection {
   // Writes the whole document, pretty-printed, into the stream; the serialiser's result.
   bool Flush(std::ostream& stream) const;
   // Appends the whole document, or with `currentNodeOnly` the current node and its subtree,
-  // pretty-printed, to `text`, and then removes every line feed from `text`.
+  // pretty-printed, to `text` in UTF-8 (whatever the file's encoding), and then removes every line
+  // feed from `text`.
   bool Flush(CString& text, bool currentNodeOnly) const;
   // False if the position has children of any kind; otherwise true when it has no attributes.
   bool IsEmpty() const override;

@@ -10,6 +10,7 @@
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
+#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -158,12 +159,15 @@ XMLSection::XMLSection(const char* path, bool loadExternalDtd)
   std::unique_ptr<XMLDocumentState> state(new XMLDocumentState);
   state->mFileName = path;
   const std::string nativePath = zenutl::platform::ToNativePath(path ? path : "");
-  // Only a readable file is parsed; anything else, a folder included, is a file still to be made.
+  // Only a readable file is parsed. Anything else starts as an empty document; but only a
+  // missing file is one that Flush may create: a file that is there and cannot be read now (no
+  // permission, no file handles left, a folder in its place) is the user's, and is kept.
   if (zenutl::file::FileDescriptor(zenutl::file::OpenFileForReading(path ? path : "")).valid()) {
     boost::shared_ptr<GuardedDOMParser> parser(new GuardedDOMParser(loadExternalDtd));
     parser->ParseFile(nativePath);
     state->mpParser = parser;
   } else {
+    state->mFileUnreadable = errno != ENOENT;
     state->mpDocument = NewEmptyDocument();
   }
   AdoptDocumentState(state.release());
@@ -333,7 +337,7 @@ bool XMLSection::DeleteSection() {
 bool XMLSection::Flush() const {
   if (mpState->mFileName.IsEmpty()) throw Exception(kNotFlushable);
   const DOMDocument* document = mpState->Document();
-  if (!document) return false;
+  if (!document || mpState->mFileUnreadable) return false;
   std::ostringstream text;
   if (!WriteXMLFile(text, document, true)) return false;
   // The file is replaced in one step: a full disk or a crash leaves the old file whole.
@@ -471,7 +475,17 @@ bool XMLSection::WriteInt(const char* key, int value) {
 // --- Copying ---------------------------------------------------------------------------------
 
 bool XMLSection::WriteToSection(ConfigurationSection* target) const {
-  return WriteToSection(mpCurrentNode, target);
+  const XMLSection* sameStore = dynamic_cast<const XMLSection*>(target);
+  DOMNode* source = mpCurrentNode->mpNode;
+  if (!sameStore || sameStore->mpState != mpState || !source) {
+    return WriteToSection(mpCurrentNode, target);
+  }
+  // A target in this document may lie below the source, where the copy would meet the children
+  // it creates and copy them again, without end: copy the source as it was before the copy.
+  std::unique_ptr<DOMNode, void (*)(DOMNode*)> snapshot(source->cloneNode(true),
+                                                        [](DOMNode* node) { node->release(); });
+  const CurrentNode before = {snapshot.get()};
+  return WriteToSection(&before, target);
 }
 
 bool XMLSection::WriteToSection(const CurrentNode* node, ConfigurationSection* target) const {

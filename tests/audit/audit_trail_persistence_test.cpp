@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
@@ -18,6 +16,7 @@
 #include "config/guarded_dom_parser.h"
 #include "support/child_process.h"
 #include "support/exception_matchers.h"
+#include "support/file_handle_shortage.h"
 #include "support/temp_dir.h"
 #include "support/unprivileged_user.h"
 #include "zenutl/audit_trail.h"
@@ -316,24 +315,6 @@ TEST_F(AuditTrailPersistence, UnreadableFileIsReportedClearedAndMovedAside) {
   }
 }
 
-// Opens file handles until there are none left, and gives them back at its end.
-class FileHandleShortage {
- public:
-  FileHandleShortage() {
-    struct rlimit limit;
-    getrlimit(RLIMIT_NOFILE, &limit);
-    limit.rlim_cur = std::min<rlim_t>(limit.rlim_cur, 256);
-    setrlimit(RLIMIT_NOFILE, &limit);
-    for (int fd; (fd = open("/dev/null", O_RDONLY)) >= 0;) held_.push_back(fd);
-  }
-  ~FileHandleShortage() {
-    for (const int fd : held_) close(fd);
-  }
-
- private:
-  std::vector<int> held_;
-};
-
 // A load that met a passing shortage of file handles must not erase years of history: the
 // trail goes aside whole, and the process log says where.
 TEST_F(AuditTrailPersistence, LoadWithoutFileHandlesKeepsTheTrailAndLogsWhereItWent) {
@@ -346,7 +327,7 @@ TEST_F(AuditTrailPersistence, LoadWithoutFileHandlesKeepsTheTrailAndLogsWhereItW
     AuditTrail trail(path.c_str(), "", nullptr);
     trail.GetAuditTrailSettings().SetLogEvents(1);
     {
-      FileHandleShortage shortage;
+      zenutl_test::FileHandleShortage shortage;
       trail.Load();
     }
     EXPECT_EQ(recorder.messages.size(), 1u);

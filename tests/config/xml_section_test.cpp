@@ -15,7 +15,9 @@
 
 #include "config/external_dtd_leak.h"
 #include "config/local_listener.h"
+#include "support/child_process.h"
 #include "support/exception_matchers.h"
+#include "support/file_handle_shortage.h"
 #include "support/full_disk.h"
 #include "support/temp_dir.h"
 #include "support/unprivileged_user.h"
@@ -474,6 +476,33 @@ TEST(XMLSection, WriteToSectionMergesRepeatedChildrenIntoExistingOnesByIndex) {
   EXPECT_EQ(Xml(*target), "<t><r a=\"1\" b=\"x\"/><r a=\"2\"/></t>");
 }
 
+// Copying a section into one of its own children copies the children as they were before the
+// copy began, instead of meeting the copies it makes again and again.
+TEST(XMLSection, WriteToSectionIntoItsOwnChildCopiesTheTreeAsItWas) {
+  auto document = FromString("<r k=\"1\"><a x=\"2\"><b/></a></r>");
+  ASSERT_TRUE(document->ChangeSubSection("r"));
+  SectionPtr backup(document->CreateSubSection("Backup"));
+  EXPECT_TRUE(document->WriteToSection(backup.get()));
+  EXPECT_EQ(
+      Xml(*document),
+      "<r k=\"1\"><a x=\"2\"><b/></a><Backup k=\"1\"><a x=\"2\"><b/></a><Backup/></Backup></r>");
+}
+
+// A path step that throws (an empty name is no XML name) takes no cursor, and with it the
+// document, along.
+TEST(XMLSection, CreateSubSectionAlongAPathLeaksNothingWhenAStepThrows) {
+  zenutl_test::ExpectPassesInChild([] {
+    for (const char* path : {"A//C", ""}) {
+      SCOPED_TRACE(path);
+      XMLSection* document = new XMLSection;
+      SectionPtr root(document->CreateSubSection("root"));
+      delete document;
+      EXPECT_THROW(ConfigurationSectionUtilities::CreateSubSection(root.get(), path),
+                   xercesc::DOMException);
+    }
+  });
+}
+
 class XMLSectionIni : public TempDirTest {};
 
 TEST_F(XMLSectionIni, WriteToSectionGivesAnIniFileTheKeysOfTheSection) {
@@ -565,6 +594,48 @@ TEST_F(XMLSectionFile, FlushRefusesReadOnlyFilesAndKeepsPermissionsAndOwner) {
   EXPECT_EQ(info.st_uid, zenutl_test::UnprivilegedUid());
   EXPECT_EQ(info.st_gid, zenutl_test::UnprivilegedGid());
   EXPECT_NE(ReadWholeFile(path).find("k=\"v\""), std::string::npos);
+}
+
+// Only a missing file is one that Flush creates. A file that is there but cannot be read right
+// now (no permission, no file handles left) starts an empty document, which never replaces it.
+TEST_F(XMLSectionFile, FileThatCannotBeReadNowIsNeverReplacedByFlush) {
+  const std::string unreadable = File("write-only.zxl");
+  const std::string busy = File("busy.zxl");
+  WriteWholeFile(unreadable, "<r user=\"setting\"/>");
+  WriteWholeFile(busy, "<r user=\"setting\"/>");
+  ASSERT_EQ(::chmod(unreadable.c_str(), 0200), 0);
+  zenutl_test::HandOver(Dir().string());
+  zenutl_test::ExpectPassesAsUnprivilegedUser([&] {
+    XMLSection(File("missing.zxl").c_str(), false);  // meets the types once, with handles left
+    std::unique_ptr<XMLSection> section;
+    {
+      zenutl_test::FileHandleShortage shortage;
+      section.reset(new XMLSection(busy.c_str(), false));
+    }
+    XMLSection other(unreadable.c_str(), false);
+    for (XMLSection* start : {section.get(), &other}) {
+      EXPECT_TRUE(start->IsEmpty());
+      SectionPtr root(start->CreateSubSection("r"));
+      EXPECT_TRUE(root->WriteKey("k", "v"));
+      EXPECT_FALSE(start->Flush());
+    }
+  });
+  EXPECT_EQ(ReadWholeFile(busy), "<r user=\"setting\"/>");
+  EXPECT_EQ(ReadWholeFile(unreadable), "<r user=\"setting\"/>");
+}
+
+// The text form is the library's narrow text, UTF-8, even for a document read from UTF-16.
+TEST_F(XMLSectionFile, FlushIntoTextGivesUtf8ForAUtf16Document) {
+  const std::string path = File("wide.zxl");
+  const std::u16string wide =
+      u"\uFEFF<?xml version=\"1.0\" encoding=\"UTF-16\"?><r n=\"\u00C5sa\"/>";
+  WriteWholeFile(path, std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * 2));
+  XMLSection section(path.c_str(), false);
+  CString text;
+  EXPECT_TRUE(section.Flush(text, false));
+  EXPECT_STREQ(text,
+               "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\" ?>"
+               "<r n=\"\xC3\x85sa\"/>");
 }
 
 TEST(XMLSection, FlushIntoTextAndStreamButNotToAFileItDoesNotHave) {
