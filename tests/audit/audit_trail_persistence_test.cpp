@@ -548,34 +548,12 @@ TEST_F(AuditTrailPersistence, CopyContentTakesDocumentOpenSessionAndSettings) {
   EXPECT_STREQ(copy.GetFileName(), File("target.xml").c_str());
 }
 
-// Points TMPDIR at a folder for the life of the object.
-class ScopedTempFolder {
- public:
-  explicit ScopedTempFolder(const std::string& folder) {
-    const char* old = std::getenv("TMPDIR");
-    hadOld_ = old != nullptr;
-    if (old) old_ = old;
-    setenv("TMPDIR", folder.c_str(), 1);
-  }
-  ~ScopedTempFolder() {
-    if (hadOld_) {
-      setenv("TMPDIR", old_.c_str(), 1);
-    } else {
-      unsetenv("TMPDIR");
-    }
-  }
-
- private:
-  bool hadOld_;
-  std::string old_;
-};
-
 // Copies go through a temporary file; two processes copying at once must never share one.
 TEST_F(AuditTrailPersistence, CopyContentInTwoProcessesAtOnceNeverMixesTheirTrails) {
-  ScopedTempFolder temp(Dir().string());
   pid_t copiers[2];
   for (const char* name : {"first", "second"}) {
-    const pid_t child = zenutl_test::StartChild([name] {
+    const pid_t child = zenutl_test::StartChild([this, name] {
+      setenv("TMPDIR", Dir().c_str(), 1);
       AuditTrail source;
       source.BeginSession();
       for (int i = 0; i < 20; ++i) source.AddEvent(name, "an event of this process", nullptr);
@@ -600,7 +578,9 @@ TEST_F(AuditTrailPersistence, CopyContentInTwoProcessesAtOnceNeverMixesTheirTrai
 }
 
 TEST_F(AuditTrailPersistence, CopyContentWithoutATemporaryFileThrowsAndKeepsTheDocument) {
-  ScopedTempFolder temp(File("no-such-folder"));
+  const char* old = std::getenv("TMPDIR");
+  const std::string saved = old ? old : "";
+  setenv("TMPDIR", File("no-such-folder").c_str(), 1);
   AuditTrail source;
   source.BeginSession();
   AuditTrail copy;
@@ -608,6 +588,11 @@ TEST_F(AuditTrailPersistence, CopyContentWithoutATemporaryFileThrowsAndKeepsTheD
   copy.AddEvent("mine", "", nullptr);
   const std::string before = SavedText(copy);
   EXPECT_THROW_WHY(copy.CopyContent(&source), Exception, "AuditTrail::CopyContent failed.");
+  if (old) {
+    setenv("TMPDIR", saved.c_str(), 1);
+  } else {
+    unsetenv("TMPDIR");
+  }
   EXPECT_EQ(SavedText(copy), before);
 }
 

@@ -549,55 +549,29 @@ TEST_F(XMLSectionFile, MissingFileIsEmptyAndFlushCreatesIt) {
   EXPECT_EQ(width, 640);
 }
 
-TEST_F(XMLSectionFile, PathNamingAFolderIsAMissingFileNotAParseError) {
-  XMLSection section(Dir().string().c_str(), false);
-  EXPECT_TRUE(section.IsEmpty());
-  EXPECT_FALSE(section.Flush());
-}
-
-TEST_F(XMLSectionFile, FlushThatCannotWriteAnswersFalseAndKeepsTheOldFile) {
+// Flush answers false and keeps the old file where it cannot write (no folder, a full disk) or
+// where an in-place write would have been refused (a read-only file, root included).
+TEST_F(XMLSectionFile, FlushThatCannotOrMayNotWriteAnswersFalseAndKeepsTheOldFile) {
   XMLSection nowhere(File("no/such/folder/x.zxl").c_str(), false);
   EXPECT_FALSE(nowhere.Flush());
-
-  const std::string path = File("full.zxl");
-  WriteWholeFile(path, "<old/>");
-  XMLSection section(path.c_str(), false);
-  ASSERT_TRUE(section.ChangeSubSection("old"));
-  section.WriteKey("k", "v");
-  zenutl::platform::ScopedFileCalls diskFull(zenutl_test::FullDiskCalls());
-  EXPECT_FALSE(section.Flush());
-  EXPECT_EQ(ReadWholeFile(path), "<old/>");
-}
-
-// Flush keeps the rules an in-place write would have kept: a read-only file is refused (root
-// included), and a user's private file saved by root stays the user's.
-TEST_F(XMLSectionFile, FlushRefusesReadOnlyFilesAndKeepsPermissionsAndOwner) {
-  const std::string path = File("settings.zxl");
-  WriteWholeFile(path, "<r/>");
-  ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
-  {
+  for (const bool readOnly : {false, true}) {
+    SCOPED_TRACE(readOnly ? "read-only" : "disk full");
+    const std::string path = File(readOnly ? "read-only.zxl" : "full.zxl");
+    WriteWholeFile(path, "<old/>");
+    ASSERT_EQ(::chmod(path.c_str(), readOnly ? 0444 : 0644), 0);
     XMLSection section(path.c_str(), false);
-    ASSERT_TRUE(section.ChangeSubSection("r"));
+    ASSERT_TRUE(section.ChangeSubSection("old"));
     EXPECT_TRUE(section.WriteKey("k", "v"));
+    zenutl::platform::ScopedFileCalls calls(readOnly ? zenutl::platform::SystemFileCalls()
+                                                     : zenutl_test::FullDiskCalls());
     EXPECT_FALSE(section.Flush());
-    EXPECT_EQ(ReadWholeFile(path), "<r/>");
+    EXPECT_EQ(ReadWholeFile(path), "<old/>");
   }
-  ASSERT_EQ(::chmod(path.c_str(), 0600), 0);
-  zenutl_test::HandOver(path);
-  XMLSection section(path.c_str(), false);
-  ASSERT_TRUE(section.ChangeSubSection("r"));
-  EXPECT_TRUE(section.WriteKey("k", "v"));
-  EXPECT_TRUE(section.Flush());
-  struct stat info;
-  ASSERT_EQ(::stat(path.c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 07777, 0600u);
-  EXPECT_EQ(info.st_uid, zenutl_test::UnprivilegedUid());
-  EXPECT_EQ(info.st_gid, zenutl_test::UnprivilegedGid());
-  EXPECT_NE(ReadWholeFile(path).find("k=\"v\""), std::string::npos);
 }
 
 // Only a missing file is one that Flush creates. A file that is there but cannot be read right
-// now (no permission, no file handles left) starts an empty document, which never replaces it.
+// now (no permission, no file handles left, a folder) starts an empty document that never
+// replaces it.
 TEST_F(XMLSectionFile, FileThatCannotBeReadNowIsNeverReplacedByFlush) {
   const std::string unreadable = File("write-only.zxl");
   const std::string busy = File("busy.zxl");
@@ -613,7 +587,8 @@ TEST_F(XMLSectionFile, FileThatCannotBeReadNowIsNeverReplacedByFlush) {
       section.reset(new XMLSection(busy.c_str(), false));
     }
     XMLSection other(unreadable.c_str(), false);
-    for (XMLSection* start : {section.get(), &other}) {
+    XMLSection folder(Dir().string().c_str(), false);
+    for (XMLSection* start : {section.get(), &other, &folder}) {
       EXPECT_TRUE(start->IsEmpty());
       SectionPtr root(start->CreateSubSection("r"));
       EXPECT_TRUE(root->WriteKey("k", "v"));

@@ -28,11 +28,13 @@ class AtomicFile : public zenutl_test::TempDirTest {
   }
 };
 
-TEST_F(AtomicFile, ReplacesTheWholeFileKeepingModeAndLinkAndALaterTime) {
+// A user's private file saved by root, say, stays the user's.
+TEST_F(AtomicFile, ReplacesTheWholeFileKeepingModeOwnerAndLinkAndALaterTime) {
   const std::string target = File("real.ini");
   const std::string link = File("link.ini");
   WriteWholeFile(target, "old");
   ASSERT_EQ(::chmod(target.c_str(), 0640) + ::symlink(target.c_str(), link.c_str()), 0);
+  zenutl_test::HandOver(target);
   const struct timespec future[2] = {{0, UTIME_OMIT}, {4102444800, 999999999}};  // year 2100
   ASSERT_EQ(::utimensat(AT_FDCWD, target.c_str(), future, 0), 0);
   const std::string big(1 << 20, 'x');
@@ -43,6 +45,8 @@ TEST_F(AtomicFile, ReplacesTheWholeFileKeepingModeAndLinkAndALaterTime) {
   EXPECT_TRUE(S_ISLNK(info.st_mode));
   ASSERT_EQ(::stat(target.c_str(), &info), 0);
   EXPECT_EQ(info.st_mode & 07777, 0640u);
+  EXPECT_EQ(info.st_uid, zenutl_test::UnprivilegedUid());
+  EXPECT_EQ(info.st_gid, zenutl_test::UnprivilegedGid());
   EXPECT_EQ(info.st_mtim.tv_sec, 4102444801);  // one nanosecond after the old time
   EXPECT_EQ(info.st_mtim.tv_nsec, 0);
   EXPECT_EQ(ReadWholeFile(target), big);
