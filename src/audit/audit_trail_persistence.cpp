@@ -105,47 +105,51 @@ void LogSetAside(const CString& text) {
   Log::WriteMessage("AuditTrail", "Load", text, Log::Error, true);
 }
 
+// The damaged name the stream now has, or "" when it could not be renamed.
+CString MoveStreamAside(ZnStreamSource& source, const CString& name, std::time_t now) {
+  for (int attempt = 1; attempt < 100; ++attempt) {
+    const CString candidate = DamagedName(name, now, attempt);
+    if (source.StreamExists(candidate)) continue;
+    return source.RenameStream(name, candidate) ? candidate : CString();
+  }
+  return CString();
+}
+
+// The damaged name the file now has, or "" with errno set when it could not be renamed.
+CString MoveFileAside(const std::string& nativePath, const CString& name, std::time_t now) {
+  for (int attempt = 1; attempt < 100; ++attempt) {
+    const CString candidate = DamagedName(name, now, attempt);
+    const std::string nativeCandidate = zenutl::platform::ToNativePath(candidate.GetString());
+    if (zenutl::platform::RenameNoReplace(nativePath.c_str(), nativeCandidate.c_str()) == 0) {
+      return candidate;
+    }
+    if (errno != EEXIST) return CString();
+  }
+  return CString();
+}
+
 // Moves a stored trail that could not be read to its damaged name and logs where it went.
 // Answers false when the bytes are still in the trail's place, where a save would overwrite
 // them; a folder standing in that place is never touched, and nothing can be saved over it.
 bool SetAsideUnreadableTrail(ZnStreamSource* source, const CString& name) {
   const std::time_t now = std::time(nullptr);
-  CString moved;
-  int failure = 0;
-  if (source) {
-    if (!source->StreamExists(name)) return true;
-    for (int attempt = 1; moved.IsEmpty() && attempt < 100; ++attempt) {
-      const CString candidate = DamagedName(name, now, attempt);
-      if (source->StreamExists(candidate)) continue;
-      if (!source->RenameStream(name, candidate)) break;
-      moved = candidate;
-    }
-  } else {
-    const std::string nativePath = zenutl::platform::ToNativePath(name.GetString());
-    struct stat info;
-    if (lstat(nativePath.c_str(), &info) != 0) return true;
-    if (S_ISDIR(info.st_mode)) {
-      LogSetAside("The Audit Trail '" + name + "' is a folder; it was left as it is.");
-      return true;
-    }
-    for (int attempt = 1; moved.IsEmpty() && attempt < 100; ++attempt) {
-      const CString candidate = DamagedName(name, now, attempt);
-      const std::string nativeCandidate = zenutl::platform::ToNativePath(candidate.GetString());
-      if (zenutl::platform::RenameNoReplace(nativePath.c_str(), nativeCandidate.c_str()) == 0) {
-        moved = candidate;
-      } else if (errno != EEXIST) {
-        failure = errno;
-        break;
-      }
-    }
+  const std::string nativePath = zenutl::platform::ToNativePath(name.GetString());
+  struct stat info;
+  if (source ? !source->StreamExists(name) : lstat(nativePath.c_str(), &info) != 0) return true;
+  if (!source && S_ISDIR(info.st_mode)) {
+    LogSetAside("The Audit Trail '" + name + "' is a folder; it was left as it is.");
+    return true;
   }
+  const CString moved =
+      source ? MoveStreamAside(*source, name, now) : MoveFileAside(nativePath, name, now);
+  const int reason = source ? 0 : errno;  // a stream source tells no reason
   if (!moved.IsEmpty()) {
     LogSetAside("The Audit Trail '" + name + "' could not be read; it was moved to '" + moved +
                 "'.");
     return true;
   }
   CString text("The Audit Trail '" + name + "' could not be read, nor moved aside");
-  if (failure != 0) text += CString(" (") + std::strerror(failure) + ")";
+  if (reason != 0) text += CString(" (") + std::strerror(reason) + ")";
   LogSetAside(text + "; it will not be saved over.");
   return false;
 }
