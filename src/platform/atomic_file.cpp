@@ -112,6 +112,23 @@ bool MayBeWritten(const std::string& target, const struct stat& info, std::strin
   return false;
 }
 
+// Writes the replacement into the temporary `fd` at `path` with the permissions of `replaced`
+// (null for a new file) and flushes it to the disk; 0, or the errno of the step that failed.
+int FillTemporary(int fd, const std::string& path, const std::string& bytes,
+                  const struct stat* replaced, std::string* error, struct stat* written) {
+  if (replaced != nullptr && ::fchmod(fd, replaced->st_mode & 07777) != 0) {
+    const int failure = errno;
+    SetError(error, SystemError("cannot set the permissions of '" + path + "'", failure));
+    return failure;
+  }
+  if (!WriteBytes(fd, bytes, path, error)) return errno;  // WriteBytes keeps errno for this
+  const int failure = StampAndSync(fd, replaced, path, error);
+  if (failure != 0 || written == nullptr || ::fstat(fd, written) == 0) return failure;
+  const int fstatFailure = errno;
+  SetError(error, SystemError("fstat of '" + path + "' failed", fstatFailure));
+  return fstatFailure;
+}
+
 // Gives the temporary the replaced file's owner and group. False if that is not allowed.
 bool TakeOwner(int fd, const struct stat& replaced) {
   struct stat own;
@@ -277,19 +294,7 @@ bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes
     Unlink(temporary.c_str());
     return WriteInPlace(target, bytes, replaced, error, written);
   }
-  int failure = 0;  // errno of the first step that failed
-  if (hadFile && ::fchmod(fd, replaced.st_mode & 07777) != 0) {
-    failure = errno;
-    SetError(error, SystemError("cannot set the permissions of '" + temporary + "'", failure));
-  }
-  if (failure == 0 && !WriteBytes(fd, bytes, temporary, error)) {
-    failure = errno;
-  }
-  if (failure == 0) failure = StampAndSync(fd, hadFile ? &replaced : nullptr, temporary, error);
-  if (failure == 0 && written != nullptr && ::fstat(fd, written) != 0) {
-    failure = errno;
-    SetError(error, SystemError("fstat of '" + temporary + "' failed", failure));
-  }
+  int failure = FillTemporary(fd, temporary, bytes, hadFile ? &replaced : nullptr, error, written);
   // Renamed while still open and locked, so that no other writer takes it for abandoned.
   if (failure == 0 && Rename(temporary.c_str(), target.c_str()) != 0) {
     failure = errno;
