@@ -10,10 +10,13 @@
 #include <atomic>
 #include <cctype>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <mutex>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -195,18 +198,54 @@ bool ProcessRuns(pid_t pid) {
 // Removes the temporary at `path` if no writer holds it: unlocked, and either its writer's
 // process is gone or the file has not changed for a minute (the id then belongs to another
 // process, or to a writer on another machine sharing the folder).
-void RemoveIfAbandoned(const std::string& path, pid_t writer) {
+// Answers whether it removed it.
+bool RemoveIfAbandoned(const std::string& path, pid_t writer) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-  if (fd < 0) return;
+  if (fd < 0) return false;
   struct stat opened;
   struct stat named;
+  bool removed = false;
   if (::flock(fd, LOCK_EX | LOCK_NB) == 0 && ::fstat(fd, &opened) == 0 &&
       ::lstat(path.c_str(), &named) == 0 && opened.st_dev == named.st_dev &&
       opened.st_ino == named.st_ino && S_ISREG(opened.st_mode)) {
     const bool quiet = std::time(nullptr) - opened.st_ctim.tv_sec > kAbandonedAfterSeconds;
-    if (quiet || !ProcessRuns(writer)) Unlink(path.c_str());
+    removed = (quiet || !ProcessRuns(writer)) && Unlink(path.c_str()) == 0;
   }
   ::close(fd);
+  return removed;
+}
+
+// Looking through a large folder costs more than the write itself, so a target whose folder
+// held no temporary of it at the last look is looked at again only after a second: a writer
+// killed meanwhile leaves its temporary for a moment longer, and the next process to write
+// there always looks at once.
+class RecentlyTidied {
+ public:
+  bool Contains(const std::string& target) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    const auto found = mTidied.find(target);
+    return found != mTidied.end() &&
+           std::chrono::steady_clock::now() - found->second < std::chrono::seconds(1);
+  }
+  void Record(const std::string& target, bool tidy) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    if (!tidy) {
+      mTidied.erase(target);
+      return;
+    }
+    if (mTidied.size() >= 1000) mTidied.clear();  // bounded: a hint, not a register
+    mTidied[target] = std::chrono::steady_clock::now();
+  }
+
+ private:
+  std::mutex mMutex;
+  std::unordered_map<std::string, std::chrono::steady_clock::time_point> mTidied;
+};
+
+void TidyBeside(const std::string& nativeTarget) {
+  static RecentlyTidied* const tidied = new RecentlyTidied;  // never destroyed: used at exit
+  if (tidied->Contains(nativeTarget)) return;
+  tidied->Record(nativeTarget, RemoveStaleTemporaries(nativeTarget) == 0);
 }
 
 void SyncFolder(const std::string& folder) {
@@ -220,7 +259,7 @@ void SyncFolder(const std::string& folder) {
 
 int CreateTemporaryBeside(const std::string& nativeTarget, std::string& temporary) {
   static std::atomic<unsigned> counter(0);
-  RemoveStaleTemporaries(nativeTarget);
+  TidyBeside(nativeTarget);
   const std::string::size_type slash = nativeTarget.rfind('/');
   const std::string folder = slash == std::string::npos ? "" : nativeTarget.substr(0, slash + 1);
   const std::string name =
@@ -247,14 +286,14 @@ bool IsTemporaryName(const std::string& fileName) {
          WriterPid(fileName.c_str() + mark + std::strlen(kTemporaryMark)) > 0;
 }
 
-void RemoveStaleTemporaries(const std::string& nativeTarget) {
+int RemoveStaleTemporaries(const std::string& nativeTarget) {
   const std::string::size_type slash = nativeTarget.rfind('/');
   const std::string prefix =
       "." + (slash == std::string::npos ? nativeTarget : nativeTarget.substr(slash + 1)) +
       kTemporaryMark;
   const std::string folder = FolderOf(nativeTarget);
   DIR* directory = ::opendir(folder.c_str());
-  if (directory == nullptr) return;
+  if (directory == nullptr) return 0;
   std::vector<std::pair<std::string, pid_t> > found;
   while (const struct dirent* entry = ::readdir(directory)) {
     if (std::strncmp(entry->d_name, prefix.c_str(), prefix.size()) != 0) continue;
@@ -262,7 +301,11 @@ void RemoveStaleTemporaries(const std::string& nativeTarget) {
     if (writer > 0) found.emplace_back(folder + "/" + entry->d_name, writer);
   }
   ::closedir(directory);
-  for (const auto& temporary : found) RemoveIfAbandoned(temporary.first, temporary.second);
+  int remaining = 0;
+  for (const auto& temporary : found) {
+    if (!RemoveIfAbandoned(temporary.first, temporary.second)) ++remaining;
+  }
+  return remaining;
 }
 
 bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes,

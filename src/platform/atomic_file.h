@@ -14,8 +14,9 @@
 // Temporaries are made exclusively under unique hidden names, ".<name>.tmp.<pid>.<n>.<attempt>",
 // and their writer holds an advisory lock on them until they have taken the target's place. A
 // writer killed part-way leaves its temporary behind; the next writer beside the same target
-// removes it (one that is locked, or whose process still runs, is left alone), and stores that
-// list a folder skip such names (`IsTemporaryName`).
+// removes it (one that is locked is left alone, and so is one whose process still runs unless it
+// has not changed for a minute), and stores that list a folder skip such names
+// (`IsTemporaryName`).
 //
 // The system calls that can fail half-way (write, fsync, rename) go through the replaceable
 // table of file_calls.h, so that tests can simulate a full disk, short writes, a failed flush
@@ -84,7 +85,8 @@ class ReplacingFileStream : public std::ostream {
 // exclusively (never an existing file) with 0666 less the umask, and locked (flock) for as long
 // as the descriptor stays open: keep it open until the temporary has been renamed or removed,
 // or another writer may take it for a dead writer's. Stale temporaries of the same target are
-// removed first. Answers its descriptor and sets `temporary` to its path, or answers -1 with
+// removed first (RemoveStaleTemporaries), unless this process found none there within the
+// last second. Answers its descriptor and sets `temporary` to its path, or answers -1 with
 // errno set. For writers that stream their content and so cannot hand WriteFileAtomically the
 // whole of it.
 int CreateTemporaryBeside(const std::string& nativeTarget, std::string& temporary);
@@ -95,8 +97,9 @@ bool IsTemporaryName(const std::string& fileName);
 
 // Removes the temporaries beside `nativeTarget` that their writers left behind: those that no
 // process holds locked and whose writer's process is gone (or, for a process id that is in use
-// again, that have not changed for a minute). A temporary that cannot be opened stays.
-void RemoveStaleTemporaries(const std::string& nativeTarget);
+// again, that have not changed for a minute). A temporary that cannot be opened stays. Answers
+// how many temporaries of the target are still there.
+int RemoveStaleTemporaries(const std::string& nativeTarget);
 
 }  // namespace platform
 }  // namespace zenutl

@@ -286,7 +286,7 @@ int FilesIn(const fs::path& folder) {
 TEST_F(FolderStreamSourceTest,
        TemporariesOfKilledWritersAreNeverListedAndTheNextWriterRemovesThem) {
   ZnFolderStreamSource source(WindowsDir().c_str());
-  ASSERT_TRUE(Write(source, "trail.xml", "saved"));
+  WriteWholeFile(File("trail.xml"), "saved");
   // The paused writer first: the killed one's temporary would be its to remove.
   int (*const faults[2])(int) = {&PausedBeforeTheFlush, &KilledBeforeTheFlush};
   pid_t writers[2];
