@@ -33,7 +33,10 @@ namespace config {
 
 const unsigned int kEntityExpansionLimit = 10000;
 const XMLSize_t kEntityValueLimit = 1024;
-const unsigned int kElementDepthLimit = 1024;
+// The deepest element a document may have, the root being at depth 1. Whatever the library
+// writes stays within it (the audit trail drops a sub-trail event that would nest deeper), so
+// the library can always read back what it wrote: 1,000 levels of nested sub-trails fit.
+const unsigned int kElementDepthLimit = 2048;
 
 // "An error occurred during parsing\nMessage: %s" with the parser's 16-bit message handed to the
 // narrow %s unchanged, exactly as the applications have always shown it: on a little-endian

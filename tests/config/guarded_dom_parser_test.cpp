@@ -21,6 +21,7 @@ namespace {
 
 using zenutl::config::GuardedDOMParser;
 using zenutl::config::IsLocalSystemId;
+using zenutl::config::kElementDepthLimit;
 using zenutl_test::LocalListener;
 using zenutl_test::Narrow;
 
@@ -237,7 +238,7 @@ TEST(GuardedDOMParser, TurnsMalformedInputIntoTheParseException) {
       {"undefined entity", "<r>&e;</r>", 'e'},
       {"deeply nested and truncated", Repeat("<a>", 100000), 'E'},
       {"deeply nested", Nested(100000), 'E'},
-      {"one level too deep", Nested(1025), 'E'},
+      {"one level too deep", Nested(static_cast<int>(kElementDepthLimit) + 1), 'E'},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
@@ -247,7 +248,7 @@ TEST(GuardedDOMParser, TurnsMalformedInputIntoTheParseException) {
 
 TEST(GuardedDOMParser, ParsesTheDeepestAllowedDocumentAndWritesItBack) {
   GuardedDOMParser parser(false);
-  ParseText(parser, Nested(1024));
+  ParseText(parser, Nested(static_cast<int>(kElementDepthLimit)));
   std::ostringstream out;
   ASSERT_TRUE(WriteXMLFile(out, parser.getDocument(), true));
   // Written back, it reads again as the same depth.
@@ -258,7 +259,7 @@ TEST(GuardedDOMParser, ParsesTheDeepestAllowedDocumentAndWritesItBack) {
        element = element->getFirstElementChild()) {
     ++depth;
   }
-  EXPECT_EQ(depth, 1024);
+  EXPECT_EQ(depth, static_cast<int>(kElementDepthLimit));
 }
 
 }  // namespace
