@@ -48,6 +48,14 @@ class WaiterRegistration {
   std::condition_variable* mWaiter;
 };
 
+// Under the table's lock: the index of the first set object, which the wait takes; -1 if none.
+long TakeFirstSet(const std::vector<std::shared_ptr<Waitable>>& objects) {
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    if (objects[i]->TakeIfSet()) return static_cast<long>(i);
+  }
+  return -1;
+}
+
 }  // namespace
 
 Waitable::~Waitable() = default;
@@ -93,7 +101,7 @@ std::shared_ptr<Waitable> ObjectOfHandle(HANDLE handle) {
 
 bool CloseHandleEntry(HANDLE handle) {
   HandleTable& table = Table();
-  std::shared_ptr<Waitable> closed;  // released after the lock: a thread object may join
+  std::shared_ptr<Waitable> closed;  // destroyed once the lock is released
   std::lock_guard<std::mutex> guard(table.lock);
   const auto found = table.objects.find(KeyOf(handle));
   if (found == table.objects.end()) return false;
@@ -115,13 +123,10 @@ DWORD WaitForAnyHandle(DWORD count, const HANDLE* handles, DWORD milliseconds) {
   DWORD result = WAIT_TIMEOUT;
   {
     WaiterRegistration registration(objects, &waiter);
-    bool timedOut = false;
-    for (;;) {
-      const auto set =
-          std::find_if(objects.begin(), objects.end(),
-                       [](const std::shared_ptr<Waitable>& o) { return o->TakeIfSet(); });
-      if (set != objects.end()) {
-        result = static_cast<DWORD>(WAIT_OBJECT_0 + (set - objects.begin()));
+    for (bool timedOut = false;;) {
+      const long taken = TakeFirstSet(objects);
+      if (taken >= 0) {
+        result = static_cast<DWORD>(WAIT_OBJECT_0 + taken);
         break;
       }
       if (timedOut) break;  // after one last look
