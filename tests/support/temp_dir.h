@@ -13,9 +13,11 @@ namespace zenutl_test {
 
 class TempDir {
  public:
-  TempDir() {
-    path_ = boost::filesystem::temp_directory_path() /
-            boost::filesystem::unique_path("zenutl-test-%%%%-%%%%-%%%%");
+  // In the system's temporary folder, or in `parent` (e.g. "/dev/shm", a file system of its
+  // own).
+  explicit TempDir(
+      const boost::filesystem::path& parent = boost::filesystem::temp_directory_path()) {
+    path_ = parent / boost::filesystem::unique_path("zenutl-test-%%%%-%%%%-%%%%");
     boost::filesystem::create_directories(path_);
   }
   ~TempDir() {
