@@ -1,5 +1,6 @@
 #include "zenutl/zn_string.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <clocale>
@@ -11,6 +12,7 @@
 #include <cwctype>
 #include <string>
 
+#include "core/print_format.h"
 #include "zenutl/exception.h"
 #include "zenutl/language_string.h"
 
@@ -399,15 +401,17 @@ char* znitoa(int value, char* buffer, int radix) {
 
 int znsnprintf(char* buffer, unsigned int size, const char* format, ...) {
   if (size == 0) return -1;
-  const std::string translated = zenutl::detail::TranslateFormat(format);
+  std::string text;
   va_list args;
   va_start(args, format);
-  const int needed = std::vsnprintf(buffer, size, translated.c_str(), args);
+  zenutl::detail::AppendFormatted(text, format, args);
   va_end(args);
-  buffer[size - 1] = 0;
+  const std::size_t copied = std::min<std::size_t>(text.size(), size - 1);
+  std::memcpy(buffer, text.data(), copied);
+  buffer[copied] = 0;
   // The Windows runtime's bounded print answers -1 whenever the text did not fit in size-1.
-  if (needed < 0 || static_cast<unsigned int>(needed) > size - 1) return -1;
-  return needed;
+  if (text.size() > size - 1) return -1;
+  return static_cast<int>(text.size());
 }
 
 char* znstrdup(const char* text) {

@@ -262,6 +262,8 @@ TEST(ZnString, SnprintfCutsTerminatesAndAnswersMinusOne) {
   EXPECT_STREQ(buffer, "untouched");
   EXPECT_EQ(ZnString::znsnprintf(buffer, sizeof buffer, "%I64d", -(1LL << 40)), 14);
   EXPECT_STREQ(buffer, "-1099511627776");
+  EXPECT_EQ(ZnString::znsnprintf(buffer, sizeof buffer, "%S!", L"\u00e9"), 3);  // "C" locale
+  EXPECT_STREQ(buffer, "\xC3\xA9!");
 }
 
 TEST(ZnString, StristrFindsTheFirstCaseInsensitiveMatch) {
