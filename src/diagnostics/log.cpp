@@ -2,6 +2,8 @@
 
 #include <strings.h>
 
+#include <string>
+
 #include <boost/thread/lock_guard.hpp>
 #include <boost/thread/mutex.hpp>
 
@@ -20,6 +22,23 @@ boost::mutex& CreationMutex() {
 }
 
 typedef boost::lock_guard<boost::mutex> Guard;
+
+// What follows the time stamp in a message record: " [<level>] [<class>::<function>()]\n<text>",
+// the location shortened to "[<class>]" or "[<function>()]" or left out as the names are
+// missing. Built piece by piece: a printf format would cost more than the rest of the record.
+void MakeMessageBody(const char* className, const char* functionName, const char* text,
+                     Log::Importance importance, std::string& body) {
+  body.assign(" [").append(Log::ImportanceToString(importance)).append("]");
+  if (className != nullptr || functionName != nullptr) {
+    body.append(" [");
+    if (className != nullptr) body.append(className);
+    if (className != nullptr && functionName != nullptr) body.append("::");
+    if (functionName != nullptr) body.append(functionName).append("()");
+    body.append("]");
+  }
+  body.append("\n");
+  if (text != nullptr) body.append(text);
+}
 
 }  // namespace
 
@@ -69,10 +88,15 @@ void Log::WriteMessage(const char* className, const char* functionName, const ch
                        Importance importance, bool force) {
   Log* log = spInstance.load();
   if (log == nullptr) return;
+  // A message below the level goes no further; one that passes here is looked at again under
+  // the lock, in case the level changes meanwhile.
+  if (!force && importance < log->mLogLevel.load(std::memory_order_relaxed)) return;
+  // The record's text is made before the lock is taken, so other threads wait only for the
+  // stamp and the write.
+  std::string body;
+  MakeMessageBody(className, functionName, text, importance, body);
   Guard writing(*log->mLock);
-  if (force || importance >= log->mLogLevel) {
-    log->LogMessage(className, functionName, text, importance);
-  }
+  if (force || importance >= log->mLogLevel) log->mFile->WriteStampedMessage(body);
 }
 
 bool Log::SetLogLevel(Importance level) {
@@ -110,27 +134,9 @@ bool Log::GetBuffer(char* buffer, unsigned int size) {
 
 void Log::LogMessage(const char* className, const char* functionName, const char* text,
                      Importance importance) {
-  if (!mFile->IsOpen()) return;
-  // "<stamp> [<level>] [<class>::<function>()]\n<text>", the location shortened to "[<class>]" or
-  // "[<function>()]" or left out as the names are missing. Built piece by piece: this runs for
-  // every message, and a printf format would cost more than the rest of the record.
-  CString record = mFile->TimeStamp();
-  record += " [";
-  record += ImportanceToString(importance);
-  record += "]";
-  if (className != nullptr || functionName != nullptr) {
-    record += " [";
-    record += className;
-    if (className != nullptr && functionName != nullptr) record += "::";
-    if (functionName != nullptr) {
-      record += functionName;
-      record += "()";
-    }
-    record += "]";
-  }
-  record += "\n";
-  record += text;
-  mFile->WriteMessage(record);
+  std::string body;
+  MakeMessageBody(className, functionName, text, importance, body);
+  mFile->WriteStampedMessage(body);
 }
 
 Log::Importance Log::IndexToImportance(unsigned int index) {

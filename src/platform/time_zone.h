@@ -7,6 +7,8 @@
 #ifndef ZENUTL_PLATFORM_TIME_ZONE_H_
 #define ZENUTL_PLATFORM_TIME_ZONE_H_
 
+#include <ctime>
+
 #include "zenutl/platform_types.h"
 
 namespace zenutl {
@@ -33,6 +35,13 @@ bool UtcToZoneLocalTime(const SYSTEMTIME& utc, SYSTEMTIME* local);
 // zone's standard offset of that date alone, as Windows does for a zone record whose transition
 // dates are cleared.
 bool ZoneLocalTimeToUtc(const SYSTEMTIME& local, bool withDaylightRules, SYSTEMTIME* utc);
+
+// The local time of `seconds` in the zone in force (localtime_r; tm_gmtoff is the offset from
+// UTC), for callers that need it many times a second. The zone setting is read again (tzset)
+// when TZ differs from what this thread saw last, and when `reread` asks for it, since only a
+// new read sees a new /etc/localtime; that read costs a stat, so callers ask now and then.
+// False if the time cannot be broken down.
+bool LocalTimeInZoneInForce(long long seconds, bool reread, tm* local);
 
 }  // namespace platform
 }  // namespace zenutl
