@@ -123,6 +123,16 @@ int CountDigits(const CharT* p) {
 
 template <typename CharT, typename Transform>
 int NaturalCompare(const CharT* a, const CharT* b, Transform transform) {
+  // The walk over a common beginning finds every step a tie and goes on in both texts alike, so
+  // it may start at the first difference, or at the start of the run of digits that holds it,
+  // since a number is weighed whole. Sorted names share long beginnings.
+  std::size_t same = 0;
+  while (a[same] != 0 && a[same] == b[same]) ++same;
+  if (IsAsciiDigit(a[same]) || IsAsciiDigit(b[same])) {
+    while (same > 0 && IsAsciiDigit(a[same - 1])) --same;
+  }
+  a += same;
+  b += same;
   if (*a == 0) return *b == 0 ? 0 : -1;
   while (*b != 0) {
     if (!IsAsciiDigit(*a) || !IsAsciiDigit(*b)) {
