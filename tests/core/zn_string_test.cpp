@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "support/exception_matchers.h"
+#include "support/specified_strtod.h"
 
 namespace {
 
@@ -101,37 +102,6 @@ TEST(ZnString, StrtodConvertsOnlyTheFirstForeignSeparatorAndStopsAtCapitalD) {
   }
 }
 
-// The reading exactly as specified: at most 63 characters copied, the first foreign separator
-// made the locale's, the first capital D an L, and the runtime's strtod on the copy.
-template <typename CharT>
-double SpecifiedStrtod(const CharT* text, CharT** end) {
-  CharT buffer[64];
-  std::size_t length = 0;
-  for (; length < 63 && text[length] != 0; ++length) buffer[length] = text[length];
-  buffer[length] = 0;
-  const CharT own = static_cast<CharT>(*std::localeconv()->decimal_point);
-  const CharT foreign = own == '.' ? ',' : '.';
-  for (CharT* p = buffer; *p; ++p) {
-    if (*p == foreign) {
-      *p = own;
-      break;
-    }
-  }
-  for (CharT* p = buffer; *p; ++p) {
-    if (*p == 'D') {
-      *p = 'L';
-      break;
-    }
-  }
-  CharT* bufferEnd = nullptr;
-  const double value = sizeof(CharT) == 1 ? std::strtod(reinterpret_cast<char*>(buffer),
-                                                        reinterpret_cast<char**>(&bufferEnd))
-                                          : std::wcstod(reinterpret_cast<wchar_t*>(buffer),
-                                                        reinterpret_cast<wchar_t**>(&bufferEnd));
-  *end = const_cast<CharT*>(text) + (bufferEnd - buffer);
-  return value;
-}
-
 // Numbers in every printed form, near the ends of the range too, with either separator, blanks
 // and signs, and random runs of the characters a number is made of.
 std::vector<std::string> NumberLikeTexts() {
@@ -175,8 +145,8 @@ TEST(ZnString, StrtodAgreesWithTheSpecifiedReadingOnManyTexts) {
       const double wideValue = ZnString::znstrtod(wide.c_str(), &wideEnd);
       const int error = errno;
       errno = 0;
-      const double expected = SpecifiedStrtod(text.c_str(), &expectedEnd);
-      SpecifiedStrtod(wide.c_str(), &expectedWideEnd);
+      const double expected = zenutl_test::SpecifiedStrtod(text.c_str(), &expectedEnd);
+      zenutl_test::SpecifiedStrtod(wide.c_str(), &expectedWideEnd);
       ASSERT_EQ(error, errno) << locale << " \"" << text << "\"";
       ASSERT_TRUE(std::memcmp(&value, &expected, sizeof value) == 0 ||
                   (value != value && expected != expected))

@@ -6,7 +6,7 @@
 
 #include <boost/filesystem.hpp>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 
 namespace zenutl_test {
@@ -47,7 +47,9 @@ class TempDirTest : public ::testing::Test {
 
 inline std::string ReadWholeFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  std::ostringstream content;
+  content << in.rdbuf();
+  return content.str();
 }
 
 inline void WriteWholeFile(const std::string& path, const std::string& content) {
