@@ -59,7 +59,13 @@ bool TryLockAlone(std::FILE* file) {
 }
 
 void LockShared(std::FILE* file) {
-  while (::flock(fileno(file), LOCK_SH) != 0 && errno == EINTR) {
+  // Another log has the file alone only while it mends it, a matter of milliseconds. A program
+  // that keeps it locked for good must not hang the log, which then goes on without the lock.
+  for (int attempt = 0; attempt < 2000; ++attempt) {
+    if (::flock(fileno(file), LOCK_SH | LOCK_NB) == 0 || (errno != EWOULDBLOCK && errno != EINTR)) {
+      return;
+    }
+    ::usleep(1000);
   }
 }
 

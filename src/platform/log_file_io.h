@@ -30,8 +30,8 @@ bool AppendRecord(std::FILE* file, const char* data, std::size_t size);
 // file did not (it was opened without sharing). These two keep a log that mends its file from
 // mending one that another process is writing: TryLockAlone takes the open file for this
 // process alone (flock LOCK_EX without waiting) and says whether it got it; LockShared then
-// holds it shared with other logs for as long as it is open (flock LOCK_SH), waiting while one
-// has it alone.
+// holds it shared with other logs for as long as it is open (flock LOCK_SH), waiting up to two
+// seconds while another has it alone.
 bool TryLockAlone(std::FILE* file);
 void LockShared(std::FILE* file);
 
