@@ -28,10 +28,10 @@ char* TwoDigits(char* out, int value) {
 
 // "[%d-%02d-%02d %02d:%02d:%02d.%03d%c%02d:%02d]", written digit by digit for the years that
 // have four: this runs for every record.
-std::size_t FormatStamp(long long seconds, int milliseconds, bool rereadZone, char* out) {
+std::size_t FormatStamp(long long seconds, int milliseconds, char* out) {
   tm local = {};
   long long offsetMinutes = 0;
-  if (platform::LocalTimeInZoneInForce(seconds, rereadZone, &local)) {
+  if (platform::LocalTimeInZoneInForce(seconds, &local)) {
     offsetMinutes = local.tm_gmtoff / 60;
   } else if (zngmtime_r(&seconds, &local) == nullptr) {
     local = tm{};
@@ -87,8 +87,12 @@ FileStream::FileStream()
       mName(),
       mFile(nullptr),
       mSize(0),
-      mZoneReadTick(-1),
-      mRecord() {}
+      mRecord(),
+      mStamp(),
+      mStampLength(0),
+      mStampTick(-1),
+      mStampTzSet(false),
+      mStampTz() {}
 
 FileStream::~FileStream() {
   Close();
@@ -98,18 +102,18 @@ bool FileStream::Open(const char* fileName) {
   if (fileName == nullptr || *fileName == '\0') return false;
   mName = fileName;
   if (!OpenHandle()) return false;
-  char stamp[kStampSize];
-  const std::size_t length = StampNow(stamp);
-  mRecord.assign(kSeparator).append(stamp, length).append("\nLogfile opened").append(kSeparator);
+  mRecord.assign(kSeparator);
+  AppendStampNow(mRecord);
+  mRecord.append("\nLogfile opened").append(kSeparator);
   Append(mRecord);
   return true;
 }
 
 void FileStream::Close() {
   if (mFile == nullptr) return;
-  char stamp[kStampSize];
-  const std::size_t length = StampNow(stamp);
-  mRecord.assign(stamp, length).append("\nLogfile closed").append(kSeparator);
+  mRecord.clear();
+  AppendStampNow(mRecord);
+  mRecord.append("\nLogfile closed").append(kSeparator);
   Append(mRecord);
   CloseHandle();
 }
@@ -187,11 +191,16 @@ void FileStream::WriteMessage(const CString& text) {
   RotateIfTooLarge();
 }
 
-void FileStream::WriteStampedMessage(const std::string& body) {
+std::string* FileStream::StartStampedRecord() {
+  if (mFile == nullptr) return nullptr;
+  mRecord.clear();
+  AppendStampNow(mRecord);
+  return &mRecord;
+}
+
+void FileStream::WriteStartedRecord() {
   if (mFile == nullptr) return;
-  char stamp[kStampSize];
-  const std::size_t length = StampNow(stamp);
-  mRecord.assign(stamp, length).append(body).append(kSeparator);
+  mRecord.append(kSeparator);
   Append(mRecord);
   RotateIfTooLarge();
 }
@@ -253,16 +262,22 @@ bool FileStream::GetBuffer(char* buffer, unsigned int size) {
 
 CString FileStream::FormatTimeStamp(long long seconds, int milliseconds) {
   char stamp[kStampSize];
-  FormatStamp(seconds, milliseconds, true, stamp);
+  FormatStamp(seconds, milliseconds, stamp);
   return CString(stamp);
 }
 
-std::size_t FileStream::StampNow(char* stamp) {
+void FileStream::AppendStampNow(std::string& out) {
   long long seconds = 0;
   int milliseconds = 0;
   platform::CurrentTime(&seconds, &milliseconds);
   const long long tick = seconds * 1000 + milliseconds;
-  const bool rereadZone = tick != mZoneReadTick;
-  mZoneReadTick = tick;
-  return FormatStamp(seconds, milliseconds, rereadZone, stamp);
+  const char* tz = platform::ZoneSettingName();
+  const bool sameZone = mStampTzSet == (tz != nullptr) && (tz == nullptr || mStampTz == tz);
+  if (tick != mStampTick || !sameZone) {
+    mStampLength = FormatStamp(seconds, milliseconds, mStamp);
+    mStampTick = tick;
+    mStampTzSet = tz != nullptr;
+    mStampTz = tz != nullptr ? tz : "";
+  }
+  out.append(mStamp, mStampLength);
 }

@@ -43,8 +43,11 @@ class FileStream {
 
   // Writes `text` and the separator as one record, then rotates if the file is too large.
   void WriteMessage(const CString& text);
-  // The same for a record that starts with the time stamp of now: stamp, `body`, separator.
-  void WriteStampedMessage(const std::string& body);
+  // The same for a record that starts with the time stamp of now, in two steps that spare a
+  // copy: StartStampedRecord gives the record with the stamp in it for the caller to add the
+  // rest, and WriteStartedRecord adds the separator, writes it and rotates. Null when closed.
+  std::string* StartStampedRecord();
+  void WriteStartedRecord();
   // Writes `text` as it stands, without rotating; false when closed or the write failed.
   bool WriteRaw(const CString& text);
 
@@ -67,11 +70,11 @@ class FileStream {
   static CString FormatTimeStamp(long long seconds, int milliseconds);
 
  private:
-  // Writes the stamp of now into `stamp` (kStampSize characters) and gives its length. The zone
-  // is the one in force at this record: a change of TZ is seen at once, and the setting is read
-  // again for each new millisecond, so a new /etc/localtime is seen by the next stamp that
-  // shows a later time. Reading it for every record would cost more than the record.
-  std::size_t StampNow(char* stamp);
+  // Appends the stamp of now to `out`. The zone is the one in force at this record: a change of
+  // TZ is seen at once, and the setting is read again for each new millisecond, so a new
+  // /etc/localtime is seen by the next stamp that shows a later time. Reading it for every
+  // record would cost more than the record; records within one millisecond share the stamp.
+  void AppendStampNow(std::string& out);
   // Opens the file for appending, mends a torn tail when no other process has the file open,
   // and learns its size. False if it cannot be opened.
   bool OpenHandle();
@@ -93,8 +96,13 @@ class FileStream {
   // The size of the file, counted as it is written: it is the file's only writer, except for a
   // log of another process on the same file, which the Windows log never had to expect.
   long long mSize;
-  long long mZoneReadTick;  // the millisecond of the last read of the zone setting
-  std::string mRecord;      // the record being written, kept to spare an allocation each time
+  std::string mRecord;  // the record being written, kept to spare an allocation each time
+  // The last stamp, the millisecond it shows and the zone setting it was made under.
+  char mStamp[kStampSize];
+  std::size_t mStampLength;
+  long long mStampTick;
+  bool mStampTzSet;
+  std::string mStampTz;
 };
 
 #endif  // ZENUTL_DIAGNOSTICS_FILE_STREAM_H_

@@ -26,9 +26,9 @@ typedef boost::lock_guard<boost::mutex> Guard;
 // What follows the time stamp in a message record: " [<level>] [<class>::<function>()]\n<text>",
 // the location shortened to "[<class>]" or "[<function>()]" or left out as the names are
 // missing. Built piece by piece: a printf format would cost more than the rest of the record.
-void MakeMessageBody(const char* className, const char* functionName, const char* text,
-                     Log::Importance importance, std::string& body) {
-  body.assign(" [").append(Log::ImportanceToString(importance)).append("]");
+void AppendMessageBody(const char* className, const char* functionName, const char* text,
+                       Log::Importance importance, std::string& body) {
+  body.append(" [").append(Log::ImportanceToString(importance)).append("]");
   if (className != nullptr || functionName != nullptr) {
     body.append(" [");
     if (className != nullptr) body.append(className);
@@ -88,15 +88,13 @@ void Log::WriteMessage(const char* className, const char* functionName, const ch
                        Importance importance, bool force) {
   Log* log = spInstance.load();
   if (log == nullptr) return;
-  // A message below the level goes no further; one that passes here is looked at again under
-  // the lock, in case the level changes meanwhile.
+  // A message below the level goes no further, without the lock; one that passes is looked at
+  // again under the lock, in case the level changes meanwhile.
   if (!force && importance < log->mLogLevel.load(std::memory_order_relaxed)) return;
-  // The record's text is made before the lock is taken, so other threads wait only for the
-  // stamp and the write.
-  std::string body;
-  MakeMessageBody(className, functionName, text, importance, body);
   Guard writing(*log->mLock);
-  if (force || importance >= log->mLogLevel) log->mFile->WriteStampedMessage(body);
+  if (force || importance >= log->mLogLevel) {
+    log->LogMessage(className, functionName, text, importance);
+  }
 }
 
 bool Log::SetLogLevel(Importance level) {
@@ -134,9 +132,10 @@ bool Log::GetBuffer(char* buffer, unsigned int size) {
 
 void Log::LogMessage(const char* className, const char* functionName, const char* text,
                      Importance importance) {
-  std::string body;
-  MakeMessageBody(className, functionName, text, importance, body);
-  mFile->WriteStampedMessage(body);
+  std::string* record = mFile->StartStampedRecord();
+  if (record == nullptr) return;
+  AppendMessageBody(className, functionName, text, importance, *record);
+  mFile->WriteStartedRecord();
 }
 
 Log::Importance Log::IndexToImportance(unsigned int index) {

@@ -125,19 +125,13 @@ bool ZoneLocalTimeToUtc(const SYSTEMTIME& local, bool withDaylightRules, SYSTEMT
   return SystemTimeFromSeconds(seconds, local.wMilliseconds, utc);
 }
 
-bool LocalTimeInZoneInForce(long long seconds, bool reread, tm* local) {
-  struct SeenTz {
-    bool set = false;
-    std::string text;
-  };
-  thread_local SeenTz seen;
-  const char* tz = std::getenv("TZ");
-  if (reread || seen.set != (tz != nullptr) || (tz != nullptr && seen.text != tz)) {
-    tzset();
-    seen.set = tz != nullptr;
-    seen.text = tz != nullptr ? tz : "";
-  }
+bool LocalTimeInZoneInForce(long long seconds, tm* local) {
+  tzset();
   return LocalAt(seconds, local);
+}
+
+const char* ZoneSettingName() {
+  return std::getenv("TZ");
 }
 
 }  // namespace platform

@@ -37,11 +37,14 @@ bool UtcToZoneLocalTime(const SYSTEMTIME& utc, SYSTEMTIME* local);
 bool ZoneLocalTimeToUtc(const SYSTEMTIME& local, bool withDaylightRules, SYSTEMTIME* utc);
 
 // The local time of `seconds` in the zone in force (localtime_r; tm_gmtoff is the offset from
-// UTC), for callers that need it many times a second. The zone setting is read again (tzset)
-// when TZ differs from what this thread saw last, and when `reread` asks for it, since only a
-// new read sees a new /etc/localtime; that read costs a stat, so callers ask now and then.
-// False if the time cannot be broken down.
-bool LocalTimeInZoneInForce(long long seconds, bool reread, tm* local);
+// UTC), the zone setting read afresh first (tzset: TZ, else /etc/localtime). False if the time
+// cannot be broken down.
+bool LocalTimeInZoneInForce(long long seconds, tm* local);
+
+// What names the zone setting for the C library: the TZ variable, null when it is unset (the
+// zone is then that of /etc/localtime). While it stays the same, only a new /etc/localtime can
+// change the zone in force.
+const char* ZoneSettingName();
 
 }  // namespace platform
 }  // namespace zenutl
