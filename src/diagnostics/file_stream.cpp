@@ -191,16 +191,11 @@ void FileStream::WriteMessage(const CString& text) {
   RotateIfTooLarge();
 }
 
-std::string* FileStream::StartStampedRecord() {
-  if (mFile == nullptr) return nullptr;
+void FileStream::WriteStampedMessage(const char* body, std::size_t length) {
+  if (mFile == nullptr) return;
   mRecord.clear();
   AppendStampNow(mRecord);
-  return &mRecord;
-}
-
-void FileStream::WriteStartedRecord() {
-  if (mFile == nullptr) return;
-  mRecord.append(kSeparator);
+  mRecord.append(body, length).append(kSeparator);
   Append(mRecord);
   RotateIfTooLarge();
 }
@@ -209,9 +204,9 @@ void FileStream::RotateIfTooLarge() {
   if (mSize <= static_cast<long long>(mMaxSize)) return;
   CloseHandle();
   const CString backup = NextBackupName();
-  // One rename over the oldest backup: removing it first would leave a moment without it. The
-  // result does not matter: if the file could not be moved, the new records go on in it.
-  platform::RenameFile(mName, backup);
+  // In one step: removing the oldest backup first would leave a moment without it. The result
+  // does not matter: if the file could not be moved, the new records go on in it.
+  platform::MoveLogAside(mName, backup);
   if (OpenHandle()) WriteRaw(CString(kCopiedNote) + backup + kSeparator);
 }
 

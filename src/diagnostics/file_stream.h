@@ -43,11 +43,8 @@ class FileStream {
 
   // Writes `text` and the separator as one record, then rotates if the file is too large.
   void WriteMessage(const CString& text);
-  // The same for a record that starts with the time stamp of now, in two steps that spare a
-  // copy: StartStampedRecord gives the record with the stamp in it for the caller to add the
-  // rest, and WriteStartedRecord adds the separator, writes it and rotates. Null when closed.
-  std::string* StartStampedRecord();
-  void WriteStartedRecord();
+  // The same for a record that starts with the time stamp of now: stamp, `body`, separator.
+  void WriteStampedMessage(const char* body, std::size_t length);
   // Writes `text` as it stands, without rotating; false when closed or the write failed.
   bool WriteRaw(const CString& text);
 

@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include <cstring>
 #include <string>
 
 #include <boost/thread/lock_guard.hpp>
@@ -25,20 +26,47 @@ typedef boost::lock_guard<boost::mutex> Guard;
 
 // What follows the time stamp in a message record: " [<level>] [<class>::<function>()]\n<text>",
 // the location shortened to "[<class>]" or "[<function>()]" or left out as the names are
-// missing. Built piece by piece: a printf format would cost more than the rest of the record.
-void AppendMessageBody(const char* className, const char* functionName, const char* text,
-                       Log::Importance importance, std::string& body) {
-  body.append(" [").append(Log::ImportanceToString(importance)).append("]");
-  if (className != nullptr || functionName != nullptr) {
-    body.append(" [");
-    if (className != nullptr) body.append(className);
-    if (className != nullptr && functionName != nullptr) body.append("::");
-    if (functionName != nullptr) body.append(functionName).append("()");
-    body.append("]");
+// missing. Put together piece by piece, on the stack when it is short: a printf format or an
+// allocation would cost more than the rest of the record.
+class MessageBody {
+ public:
+  MessageBody(const char* className, const char* functionName, const char* text,
+              Log::Importance importance) {
+    Append(" [");
+    Append(Log::ImportanceToString(importance));
+    Append("]");
+    if (className != nullptr || functionName != nullptr) {
+      Append(" [");
+      if (className != nullptr) Append(className);
+      if (className != nullptr && functionName != nullptr) Append("::");
+      if (functionName != nullptr) {
+        Append(functionName);
+        Append("()");
+      }
+      Append("]");
+    }
+    Append("\n");
+    if (text != nullptr) Append(text);
   }
-  body.append("\n");
-  if (text != nullptr) body.append(text);
-}
+  const char* data() const { return mLong.empty() ? mShort : mLong.data(); }
+  std::size_t size() const { return mLong.empty() ? mShortLength : mLong.size(); }
+
+ private:
+  void Append(const char* piece) {
+    const std::size_t length = std::strlen(piece);
+    if (mLong.empty() && mShortLength + length <= sizeof(mShort)) {
+      std::memcpy(mShort + mShortLength, piece, length);
+      mShortLength += length;
+      return;
+    }
+    if (mLong.empty()) mLong.assign(mShort, mShortLength);
+    mLong.append(piece, length);
+  }
+
+  char mShort[512];
+  std::size_t mShortLength = 0;
+  std::string mLong;
+};
 
 }  // namespace
 
@@ -91,10 +119,12 @@ void Log::WriteMessage(const char* className, const char* functionName, const ch
   // A message below the level goes no further, without the lock; one that passes is looked at
   // again under the lock, in case the level changes meanwhile.
   if (!force && importance < log->mLogLevel.load(std::memory_order_relaxed)) return;
+  // The text is put together before the lock is taken, so that other threads wait only for the
+  // stamp and the write.
+  const MessageBody body(className, functionName, text, importance);
   Guard writing(*log->mLock);
-  if (force || importance >= log->mLogLevel) {
-    log->LogMessage(className, functionName, text, importance);
-  }
+  if (force || importance >= log->mLogLevel)
+    log->mFile->WriteStampedMessage(body.data(), body.size());
 }
 
 bool Log::SetLogLevel(Importance level) {
@@ -132,10 +162,8 @@ bool Log::GetBuffer(char* buffer, unsigned int size) {
 
 void Log::LogMessage(const char* className, const char* functionName, const char* text,
                      Importance importance) {
-  std::string* record = mFile->StartStampedRecord();
-  if (record == nullptr) return;
-  AppendMessageBody(className, functionName, text, importance, *record);
-  mFile->WriteStartedRecord();
+  const MessageBody body(className, functionName, text, importance);
+  mFile->WriteStampedMessage(body.data(), body.size());
 }
 
 Log::Importance Log::IndexToImportance(unsigned int index) {

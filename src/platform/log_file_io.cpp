@@ -1,5 +1,6 @@
 #include "platform/log_file_io.h"
 
+#include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -90,12 +91,16 @@ long long FileModificationTime(const char* windowsPath) {
   return static_cast<long long>(status.st_mtime);
 }
 
-bool RemoveFile(const char* windowsPath) {
-  return std::remove(ToNativePath(windowsPath).c_str()) == 0;
-}
-
-bool RenameFile(const char* fromWindowsPath, const char* toWindowsPath) {
-  return Rename(ToNativePath(fromWindowsPath).c_str(), ToNativePath(toWindowsPath).c_str()) == 0;
+bool MoveLogAside(const char* logWindowsPath, const char* backupWindowsPath) {
+  const std::string log = ToNativePath(logWindowsPath);
+  const std::string backup = ToNativePath(backupWindowsPath);
+  struct stat existing;
+  if (::lstat(backup.c_str(), &existing) == 0 && S_ISREG(existing.st_mode) &&
+      ::renameat2(AT_FDCWD, log.c_str(), AT_FDCWD, backup.c_str(), RENAME_EXCHANGE) == 0) {
+    Unlink(log.c_str());
+    return true;
+  }
+  return Rename(log.c_str(), backup.c_str()) == 0;
 }
 
 void CurrentTime(long long* seconds, int* milliseconds) {

@@ -47,9 +47,14 @@ long long OpenFileSize(std::FILE* file);
 // Stands for _stat: the modification time in seconds since 1970, or 0 when the file is absent.
 long long FileModificationTime(const char* windowsPath);
 
-// Stand for remove and rename with Windows paths; true on success.
-bool RemoveFile(const char* windowsPath);
-bool RenameFile(const char* fromWindowsPath, const char* toWindowsPath);
+// Stands for the log's remove and rename of its oldest backup and its move of the log file to
+// that name, made one step here so that a backup of that name is there at every moment. Where
+// the backup is a plain file the two swap names (renameat2 with RENAME_EXCHANGE) and the old
+// backup, now under the log's name, is removed. Renaming the log over it would do as well, but
+// ext4 then writes out the log's pending blocks before it returns, which costs more than a
+// thousand messages. Otherwise, or where the file system cannot swap, a plain rename. True if
+// the log file has moved.
+bool MoveLogAside(const char* logWindowsPath, const char* backupWindowsPath);
 
 // Stands for _ftime64: the wall clock as seconds since 1970 and milliseconds.
 void CurrentTime(long long* seconds, int* milliseconds);
