@@ -114,20 +114,13 @@ struct LowerCase {
   }
 };
 
-template <typename CharT>
-int CountDigits(const CharT* p) {
-  int count = 0;
-  while (IsAsciiDigit(*p++)) ++count;
-  return count;
-}
-
 template <typename CharT, typename Transform>
 int NaturalCompare(const CharT* a, const CharT* b, Transform transform) {
   // The walk over a common beginning finds every step a tie and goes on in both texts alike, so
   // it may start at the first difference, or at the start of the run of digits that holds it,
   // since a number is weighed whole. Sorted names share long beginnings.
   std::size_t same = 0;
-  while (a[same] != 0 && a[same] == b[same]) ++same;
+  while (a[same] == b[same] && a[same] != 0) ++same;
   if (IsAsciiDigit(a[same]) || IsAsciiDigit(b[same])) {
     while (same > 0 && IsAsciiDigit(a[same - 1])) --same;
   }
@@ -155,11 +148,15 @@ int NaturalCompare(const CharT* a, const CharT* b, Transform transform) {
         // Equal values: the one written with more leading zeros is the greater.
         if (zerosA != zerosB) return zerosA > zerosB ? 1 : -1;
       } else {
-        // The first differing digit decides between runs of equal length.
+        // The longer run is the greater number; the first differing digit decides between runs
+        // of equal length.
         const int firstDifference = *a < *b ? -1 : 1;
-        const int lengthA = CountDigits(a);
-        const int lengthB = CountDigits(b);
-        if (lengthA != lengthB) return lengthA > lengthB ? 1 : -1;
+        do {
+          ++a;
+          ++b;
+        } while (IsAsciiDigit(*a) && IsAsciiDigit(*b));
+        if (IsAsciiDigit(*a)) return 1;
+        if (IsAsciiDigit(*b)) return -1;
         return firstDifference;
       }
     }
