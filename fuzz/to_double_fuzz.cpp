@@ -1,7 +1,7 @@
 // Number parsing on arbitrary text: both widths, both decimal separators.
 //
-// Invariants beyond "no crash": znstrtod gives the value, end and errno of the reading as
-// specified (on the runtime's strtod), its end pointer stays inside the text, ToDouble answers
+// Invariants beyond "no crash": znstrtod gives the value, end and errno of the plain reading
+// (copy, swap, strtod), its end pointer stays inside the text, ToDouble answers
 // the missing value exactly when it reports a failure other than a parsed -99, and the byte and
 // wide forms agree on ASCII input.
 #include <cerrno>
@@ -11,7 +11,7 @@
 #include <cstring>
 #include <string>
 
-#include "../tests/support/specified_strtod.h"
+#include "../tests/support/reference_strtod.h"
 
 #include "zenutl/locales.h"
 #include "zenutl/zn_string.h"
@@ -24,12 +24,12 @@ void CheckBothWidths(const std::string& text) {
   const double narrow = ZnString::znstrtod(text.c_str(), &end);
   const int error = errno;
   if (end < text.c_str() || end > text.c_str() + text.size()) std::abort();
-  char* specifiedEnd = nullptr;
+  char* referenceEnd = nullptr;
   errno = 0;
-  const double specified = zenutl_test::SpecifiedStrtod(text.c_str(), &specifiedEnd);
-  const bool sameValue = std::memcmp(&narrow, &specified, sizeof narrow) == 0 ||
-                         (narrow != narrow && specified != specified);
-  if (!sameValue || end != specifiedEnd || error != errno) std::abort();
+  const double reference = zenutl_test::ReferenceStrtod(text.c_str(), &referenceEnd);
+  const bool sameValue = std::memcmp(&narrow, &reference, sizeof narrow) == 0 ||
+                         (narrow != narrow && reference != reference);
+  if (!sameValue || end != referenceEnd || error != errno) std::abort();
 
   ZnString::EParseResult result;
   const double value = ZnString::ToDouble(text.c_str(), result);

@@ -162,9 +162,9 @@ unsigned long long UnsignedArgument(Size size, va_list* args) {
 }
 
 // The C library's form of one conversion, with `size` as its size prefix.
-struct RuntimeSpec {
+struct RuntimeConversion {
   char text[48];
-  RuntimeSpec(const Conversion& c, const char* size) {
+  RuntimeConversion(const Conversion& c, const char* size) {
     char* p = text;
     *p++ = '%';
     for (int i = 0; kFlagLetters[i] != '\0'; ++i) {
@@ -181,9 +181,9 @@ struct RuntimeSpec {
 template <typename T>
 void AppendRuntime(std::string& out, const Conversion& c, const char* size, T value) {
   if (!c.fits) return;
-  const RuntimeSpec spec(c, size);
+  const RuntimeConversion conversion(c, size);
   char small[128];
-  const int needed = std::snprintf(small, sizeof(small), spec.text, value);
+  const int needed = std::snprintf(small, sizeof(small), conversion.text, value);
   if (needed < 0) return;
   if (static_cast<std::size_t>(needed) < sizeof(small)) {
     out.append(small, static_cast<std::size_t>(needed));
@@ -191,7 +191,7 @@ void AppendRuntime(std::string& out, const Conversion& c, const char* size, T va
   }
   const std::size_t at = out.size();
   out.resize(at + static_cast<std::size_t>(needed) + 1);
-  std::snprintf(&out[at], static_cast<std::size_t>(needed) + 1, spec.text, value);
+  std::snprintf(&out[at], static_cast<std::size_t>(needed) + 1, conversion.text, value);
   out.resize(at + static_cast<std::size_t>(needed));
 }
 

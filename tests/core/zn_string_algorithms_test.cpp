@@ -50,8 +50,8 @@ TEST(WildCardCompare, MatchesTheWholeTextByTokens) {
   }
 }
 
-// ---- The walk exactly as it is specified, backtracking through every occurrence of the
-// literal after each star: the reference the compare must agree with.
+// ---- The plain walk, backtracking through every occurrence of the literal after each star:
+// the reference the compare must agree with.
 
 struct PatternToken {
   enum Kind { kEnd, kLiteral, kAnyOne, kAnyRun };

@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "support/exception_matchers.h"
-#include "support/specified_strtod.h"
+#include "support/reference_strtod.h"
 
 namespace {
 
@@ -131,7 +131,7 @@ std::vector<std::string> NumberLikeTexts() {
   return texts;
 }
 
-TEST(ZnString, StrtodAgreesWithTheSpecifiedReadingOnManyTexts) {
+TEST(ZnString, StrtodAgreesWithThePlainReadingOnManyTexts) {
   const std::vector<std::string> texts = NumberLikeTexts();
   for (const char* locale : {"C", "de_DE.UTF-8"}) {
     ScopedNumericLocale scope(locale);
@@ -145,8 +145,8 @@ TEST(ZnString, StrtodAgreesWithTheSpecifiedReadingOnManyTexts) {
       const double wideValue = ZnString::znstrtod(wide.c_str(), &wideEnd);
       const int error = errno;
       errno = 0;
-      const double expected = zenutl_test::SpecifiedStrtod(text.c_str(), &expectedEnd);
-      zenutl_test::SpecifiedStrtod(wide.c_str(), &expectedWideEnd);
+      const double expected = zenutl_test::ReferenceStrtod(text.c_str(), &expectedEnd);
+      zenutl_test::ReferenceStrtod(wide.c_str(), &expectedWideEnd);
       ASSERT_EQ(error, errno) << locale << " \"" << text << "\"";
       ASSERT_TRUE(std::memcmp(&value, &expected, sizeof value) == 0 ||
                   (value != value && expected != expected))

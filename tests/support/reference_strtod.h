@@ -1,7 +1,7 @@
-// The number reading of znstrtod exactly as specified, on the runtime's strtod: the reference
-// that the library's faster reading must agree with, in the tests and the fuzz target.
-#ifndef ZENUTL_TESTS_SUPPORT_SPECIFIED_STRTOD_H_
-#define ZENUTL_TESTS_SUPPORT_SPECIFIED_STRTOD_H_
+// The number reading of znstrtod done the plain way, on the runtime's strtod: the reference that
+// the library's faster reading must agree with, in the tests and the fuzz target.
+#ifndef ZENUTL_TESTS_SUPPORT_REFERENCE_STRTOD_H_
+#define ZENUTL_TESTS_SUPPORT_REFERENCE_STRTOD_H_
 
 #include <clocale>
 #include <cstddef>
@@ -13,7 +13,7 @@ namespace zenutl_test {
 // At most 63 characters copied, the first foreign separator made the locale's, the first capital
 // D an L, and the runtime's strtod on the copy; the end rebased into `text`.
 template <typename CharT>
-inline double SpecifiedStrtod(const CharT* text, CharT** end) {
+inline double ReferenceStrtod(const CharT* text, CharT** end) {
   CharT buffer[64];
   std::size_t length = 0;
   for (; length < 63 && text[length] != 0; ++length) buffer[length] = text[length];
@@ -43,4 +43,4 @@ inline double SpecifiedStrtod(const CharT* text, CharT** end) {
 
 }  // namespace zenutl_test
 
-#endif  // ZENUTL_TESTS_SUPPORT_SPECIFIED_STRTOD_H_
+#endif  // ZENUTL_TESTS_SUPPORT_REFERENCE_STRTOD_H_
