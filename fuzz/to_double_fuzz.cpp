@@ -1,12 +1,17 @@
 // Number parsing on arbitrary text: both widths, both decimal separators.
 //
-// Invariants beyond "no crash": the end pointer of znstrtod stays inside the text, ToDouble
-// answers the missing value exactly when it reports a failure other than a parsed -99, and the
-// byte and wide forms agree on ASCII input.
+// Invariants beyond "no crash": znstrtod gives the value, end and errno of the plain reading
+// (copy, swap, strtod), its end pointer stays inside the text, ToDouble answers
+// the missing value exactly when it reports a failure other than a parsed -99, and the byte and
+// wide forms agree on ASCII input.
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <string>
+
+#include "../tests/support/reference_strtod.h"
 
 #include "zenutl/locales.h"
 #include "zenutl/zn_string.h"
@@ -15,8 +20,16 @@ namespace {
 
 void CheckBothWidths(const std::string& text) {
   char* end = nullptr;
+  errno = 0;
   const double narrow = ZnString::znstrtod(text.c_str(), &end);
+  const int error = errno;
   if (end < text.c_str() || end > text.c_str() + text.size()) std::abort();
+  char* referenceEnd = nullptr;
+  errno = 0;
+  const double reference = zenutl_test::ReferenceStrtod(text.c_str(), &referenceEnd);
+  const bool sameValue = std::memcmp(&narrow, &reference, sizeof narrow) == 0 ||
+                         (narrow != narrow && reference != reference);
+  if (!sameValue || end != referenceEnd || error != errno) std::abort();
 
   ZnString::EParseResult result;
   const double value = ZnString::ToDouble(text.c_str(), result);
@@ -41,7 +54,8 @@ void CheckBothWidths(const std::string& text) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // The first byte picks the separator, the rest is the text up to its first zero byte.
   if (size == 0) return 0;
-  const Locales::DecSeparator separator = (data[0] & 1) ? Locales::eDecimalComma : Locales::eDecimalPoint;
+  const Locales::DecSeparator separator =
+      (data[0] & 1) ? Locales::eDecimalComma : Locales::eDecimalPoint;
   std::string text(reinterpret_cast<const char*>(data + 1), size - 1);
   text = text.c_str();
   Locales::SetDecimalSeparatorClass scope(separator);

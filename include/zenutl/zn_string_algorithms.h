@@ -24,7 +24,8 @@ namespace ZnString {
 //   "a*", "A" (nocase) => true         "a\*b", "a*b" => true, "axb" => false
 // One escape is lost on purpose, as callers rely on: directly after the first literal that
 // follows a `*`, `\?` and `\*` act as wildcards, so "a*b\?c" matches "axbyc". Elsewhere the
-// escape holds. The recursion depth grows with the number of `*`.
+// escape holds. The time is at most proportional to the pattern's length times the text's,
+// whatever the stars.
 bool WildCardCompare(const char* pattern, const char* text, bool caseSensitive);
 
 // Natural order: -1, 0 or 1, with runs of digits compared as numbers of any length (they are

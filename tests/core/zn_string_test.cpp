@@ -2,14 +2,21 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cfloat>
 #include <climits>
 #include <clocale>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <random>
 #include <string>
+#include <vector>
 
 #include "support/exception_matchers.h"
+#include "support/reference_strtod.h"
 
 namespace {
 
@@ -91,6 +98,63 @@ TEST(ZnString, StrtodConvertsOnlyTheFirstForeignSeparatorAndStopsAtCapitalD) {
       wchar_t* wideEnd = nullptr;
       EXPECT_DOUBLE_EQ(ZnString::znstrtod(wide.c_str(), &wideEnd), row.value);
       EXPECT_EQ(wideEnd - wide.c_str(), row.end);
+    }
+  }
+}
+
+// Numbers in every printed form, near the ends of the range too, with either separator, blanks
+// and signs, and random runs of the characters a number is made of.
+std::vector<std::string> NumberLikeTexts() {
+  std::mt19937_64 random(42);
+  std::vector<std::string> texts;
+  const char* const formats[] = {"%.17g", "%.3f", "%e", "%a", "%.0f", "%g", "%.30e"};
+  const double specials[] = {DBL_MIN, DBL_MAX, DBL_TRUE_MIN, 2 * DBL_MIN, DBL_MAX / 2, 0.0, -0.0};
+  const std::string letters = "0123456789.,eE+- xXDdinfaINFAL\t";
+  char printed[512];
+  for (int i = 0; i < 40000; ++i) {
+    double value;
+    std::uint64_t bits = random();
+    std::memcpy(&value, &bits, sizeof value);
+    if (i % 3 == 0)
+      value = std::ldexp(static_cast<double>(random() % 100000), int(random() % 40) - 20);
+    if (i % 50 == 0) value = specials[(i / 50) % 7] * (i % 100 ? 1 : 3);
+    std::snprintf(printed, sizeof printed, formats[i % 7], value);
+    std::string text = printed;
+    if (i % 4 == 1) std::replace(text.begin(), text.end(), '.', ',');
+    if (i % 5 == 2) text = "  " + text + (i % 2 ? " " : "x");
+    if (i % 7 == 3) text = "+" + text;
+    texts.push_back(text);
+    std::string noise(random() % 70, ' ');
+    for (char& ch : noise) ch = letters[random() % letters.size()];
+    texts.push_back(noise);
+  }
+  return texts;
+}
+
+TEST(ZnString, StrtodAgreesWithThePlainReadingOnManyTexts) {
+  const std::vector<std::string> texts = NumberLikeTexts();
+  for (const char* locale : {"C", "de_DE.UTF-8"}) {
+    ScopedNumericLocale scope(locale);
+    ASSERT_TRUE(scope.active()) << locale;
+    for (const std::string& text : texts) {
+      const std::wstring wide(text.begin(), text.end());
+      char *end = nullptr, *expectedEnd = nullptr;
+      wchar_t *wideEnd = nullptr, *expectedWideEnd = nullptr;
+      errno = 0;
+      const double value = ZnString::znstrtod(text.c_str(), &end);
+      const double wideValue = ZnString::znstrtod(wide.c_str(), &wideEnd);
+      const int error = errno;
+      errno = 0;
+      const double expected = zenutl_test::ReferenceStrtod(text.c_str(), &expectedEnd);
+      zenutl_test::ReferenceStrtod(wide.c_str(), &expectedWideEnd);
+      ASSERT_EQ(error, errno) << locale << " \"" << text << "\"";
+      ASSERT_TRUE(std::memcmp(&value, &expected, sizeof value) == 0 ||
+                  (value != value && expected != expected))
+          << locale << " \"" << text << "\": " << value << " vs " << expected;
+      ASSERT_TRUE(std::memcmp(&wideValue, &expected, sizeof value) == 0 ||
+                  (value != value && expected != expected));
+      ASSERT_EQ(end - text.c_str(), expectedEnd - text.c_str()) << locale << " \"" << text << "\"";
+      ASSERT_EQ(wideEnd - wide.c_str(), expectedWideEnd - wide.c_str()) << text;
     }
   }
 }
@@ -262,6 +326,8 @@ TEST(ZnString, SnprintfCutsTerminatesAndAnswersMinusOne) {
   EXPECT_STREQ(buffer, "untouched");
   EXPECT_EQ(ZnString::znsnprintf(buffer, sizeof buffer, "%I64d", -(1LL << 40)), 14);
   EXPECT_STREQ(buffer, "-1099511627776");
+  EXPECT_EQ(ZnString::znsnprintf(buffer, sizeof buffer, "%S!", L"\u00e9"), 3);  // "C" locale
+  EXPECT_STREQ(buffer, "\xC3\xA9!");
 }
 
 TEST(ZnString, StristrFindsTheFirstCaseInsensitiveMatch) {
