@@ -2,12 +2,14 @@
 // cases (numbers and project paths), and subclasses that only fill in their data.
 #include "zenutl/zentri_filter_validator.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "core/print_format.h"
 #include "zenutl/host_dialogs.h"
 #include "zenutl/language_string.h"
 #include "zenutl/locales.h"
@@ -104,11 +106,15 @@ void ZentriFilterValidator::SetRule(const char* illegalChars, const char* itemNa
 }
 
 void ZentriFilterValidator::SetErrorMessage(const char* format, ...) {
-  const std::string translated = zenutl::detail::TranslateFormat(format);
+  std::string message;
   va_list args;
   va_start(args, format);
-  std::vsnprintf(mErrorMessage, sizeof(mErrorMessage), translated.c_str(), args);
+  zenutl::detail::AppendFormatted(message, format, args);
   va_end(args);
+  // The message buffer is fixed: a long text is cut, never written past the end.
+  const std::size_t kept = std::min(message.size(), sizeof(mErrorMessage) - 1);
+  std::memcpy(mErrorMessage, message.data(), kept);
+  mErrorMessage[kept] = '\0';
 }
 
 // --- the plain name validators
