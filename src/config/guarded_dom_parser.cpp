@@ -2,6 +2,7 @@
 
 #include <xercesc/dom/DOMException.hpp>
 #include <xercesc/framework/LocalFileInputSource.hpp>
+#include <xercesc/framework/XMLNotationDecl.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/sax/SAXException.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
@@ -11,6 +12,7 @@
 #include <xercesc/util/XMLException.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 #include <xercesc/util/XMLString.hpp>
+#include <xercesc/validators/DTD/DTDAttDef.hpp>
 #include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 
 #include <atomic>
@@ -199,6 +201,101 @@ bool LocalPathOf(const std::string& id, std::string& path) {
   return PercentDecoded(rest, path) && !path.empty();
 }
 
+typedef std::basic_string<XMLCh> XmlText;
+
+XmlText Text(const XMLCh* text) {
+  return text ? XmlText(text) : XmlText();
+}
+
+// `value` between double quotes, with every character in `escaped` written as a character
+// reference, so that the literal reads back as exactly `value`.
+XmlText Quoted(const XMLCh* value, const char* escaped) {
+  XmlText literal(1, u'"');
+  for (const XMLCh* c = value; c && *c; ++c) {
+    if (*c < 0x80 && std::strchr(escaped, static_cast<char>(*c)) != nullptr) {
+      for (char digit : "&#" + std::to_string(*c) + ";") literal += static_cast<XMLCh>(digit);
+    } else {
+      literal += *c;
+    }
+  }
+  return literal + u'"';
+}
+
+// A system literal takes the quote it does not contain; a public id never holds '"'.
+XmlText SystemLiteral(const XMLCh* id) {
+  const XmlText text = Text(id);
+  const XMLCh quote = text.find(u'"') == XmlText::npos ? u'"' : u'\'';
+  return quote + text + quote;
+}
+
+XmlText ExternalId(const XMLCh* publicId, const XMLCh* systemId) {
+  if (publicId) {
+    XmlText id = u" PUBLIC \"" + Text(publicId) + u"\"";
+    return systemId ? id + u" " + SystemLiteral(systemId) : id;
+  }
+  return systemId ? u" SYSTEM " + SystemLiteral(systemId) : XmlText();
+}
+
+// A default value as the scanner keeps it, normalised: tabs and line ends must come back as
+// references, or reading them again would turn them into spaces.
+const char kAttributeEscapes[] = "&<\"\t\n\r";
+// An entity's replacement text: references expanded, so '&' and '%' must not start new ones.
+const char kEntityEscapes[] = "&%\"\r";
+
+XmlText EntityDeclaration(const xercesc::DTDEntityDecl& entity, bool isParameter) {
+  XmlText text = u"<!ENTITY " + XmlText(isParameter ? u"% " : u"") + Text(entity.getName());
+  if (entity.isExternal()) {
+    text += ExternalId(entity.getPublicId(), entity.getSystemId());
+    if (entity.getNotationName()) text += u" NDATA " + Text(entity.getNotationName());
+  } else {
+    text += u" " + Quoted(entity.getValue(), kEntityEscapes);
+  }
+  return text + u">";
+}
+
+XmlText AttributeType(const xercesc::DTDAttDef& attribute) {
+  XmlText list = Text(attribute.getEnumeration());
+  for (XMLCh& c : list) {
+    if (c == u' ') c = u'|';
+  }
+  switch (attribute.getType()) {
+    case xercesc::XMLAttDef::ID:
+      return u"ID";
+    case xercesc::XMLAttDef::IDRef:
+      return u"IDREF";
+    case xercesc::XMLAttDef::IDRefs:
+      return u"IDREFS";
+    case xercesc::XMLAttDef::Entity:
+      return u"ENTITY";
+    case xercesc::XMLAttDef::Entities:
+      return u"ENTITIES";
+    case xercesc::XMLAttDef::NmToken:
+      return u"NMTOKEN";
+    case xercesc::XMLAttDef::NmTokens:
+      return u"NMTOKENS";
+    case xercesc::XMLAttDef::Notation:
+      return u"NOTATION (" + list + u")";
+    case xercesc::XMLAttDef::Enumeration:
+      return u"(" + list + u")";
+    default:
+      return u"CDATA";
+  }
+}
+
+XmlText AttributeDefinition(const xercesc::DTDAttDef& attribute) {
+  XmlText text = Text(attribute.getFullName()) + u" " + AttributeType(attribute);
+  switch (attribute.getDefaultType()) {
+    case xercesc::XMLAttDef::Required:
+      return text + u" #REQUIRED";
+    case xercesc::XMLAttDef::Implied:
+      return text + u" #IMPLIED";
+    case xercesc::XMLAttDef::Fixed:
+      return text + u" #FIXED " + Quoted(attribute.getValue(), kAttributeEscapes);
+    default:
+      return text + u" " + Quoted(attribute.getValue(), kAttributeEscapes);
+  }
+}
+
 }  // namespace
 
 CString ParseErrorText(const XMLCh* message) {
@@ -276,6 +373,8 @@ void GuardedDOMParser::Parse(const xercesc::InputSource& source) {
   mExternalSubsetNext = false;
   mInputLimit = ZnGetXMLInputLimit();
   mInputTooLarge = false;
+  mSubset.clear();
+  mBaseSubsetTaken = 0;
   // The message of the first failure; the size limit, when it was hit, explains all others.
   bool failed = false;
   std::basic_string<XMLCh> failure;
@@ -341,8 +440,26 @@ void GuardedDOMParser::doctypeDecl(const xercesc::DTDElementDecl& elemDecl,
 }
 
 void GuardedDOMParser::endIntSubset() {
+  TakeBaseSubset();
+  fInternalSubset.set(mSubset.data(), mSubset.size());
+  mBaseSubsetTaken = fInternalSubset.getLen();
   xercesc::XercesDOMParser::endIntSubset();
   mExternalSubsetNext = mHasExternalSubset;
+}
+
+void GuardedDOMParser::TakeBaseSubset() {
+  const XMLSize_t length = fInternalSubset.getLen();
+  if (length > mBaseSubsetTaken) {
+    mSubset.append(fInternalSubset.getRawBuffer() + mBaseSubsetTaken, length - mBaseSubsetTaken);
+  }
+  mBaseSubsetTaken = length;
+}
+
+void GuardedDOMParser::ReplaceBaseSubset(XMLSize_t lengthBefore,
+                                         const std::basic_string<XMLCh>& text) {
+  if (fInternalSubset.getLen() == lengthBefore) return;  // not in the internal subset
+  mSubset += text;
+  mBaseSubsetTaken = fInternalSubset.getLen();
 }
 
 void GuardedDOMParser::startElement(const xercesc::XMLElementDecl& elemDecl,
@@ -370,7 +487,33 @@ void GuardedDOMParser::entityDecl(const xercesc::DTDEntityDecl& entityDecl, cons
   if (entityDecl.getValueLen() > kEntityValueLimit) {
     throw ParseRefused("Entity value too long");
   }
+  TakeBaseSubset();
+  const XMLSize_t before = fInternalSubset.getLen();
   xercesc::XercesDOMParser::entityDecl(entityDecl, isPEDecl, isIgnored);
+  ReplaceBaseSubset(before, EntityDeclaration(entityDecl, isPEDecl));
+}
+
+void GuardedDOMParser::notationDecl(const xercesc::XMLNotationDecl& notDecl, const bool isIgnored) {
+  TakeBaseSubset();
+  const XMLSize_t before = fInternalSubset.getLen();
+  xercesc::XercesDOMParser::notationDecl(notDecl, isIgnored);
+  ReplaceBaseSubset(before, u"<!NOTATION " + Text(notDecl.getName()) +
+                                ExternalId(notDecl.getPublicId(), notDecl.getSystemId()) + u">");
+}
+
+void GuardedDOMParser::doctypeComment(const XMLCh* const comment) {
+  TakeBaseSubset();
+  const XMLSize_t before = fInternalSubset.getLen();
+  xercesc::XercesDOMParser::doctypeComment(comment);
+  ReplaceBaseSubset(before, u"<!--" + Text(comment) + u"-->");
+}
+
+void GuardedDOMParser::attDef(const xercesc::DTDElementDecl& elemDecl,
+                              const xercesc::DTDAttDef& attDef, const bool ignoring) {
+  TakeBaseSubset();
+  const XMLSize_t before = fInternalSubset.getLen();
+  xercesc::XercesDOMParser::attDef(elemDecl, attDef, ignoring);
+  ReplaceBaseSubset(before, AttributeDefinition(attDef));
 }
 
 }  // namespace config

@@ -17,6 +17,11 @@
 //   - refuses elements nested deeper than kElementDepthLimit, counting every element, empty or
 //     not, so that code walking the tree recursively later (serialisation, copying) cannot run
 //     out of stack;
+//   - keeps a DOCTYPE's internal subset in a form that reads again: the subset that Xerces
+//     rebuilds for the DOM writes entity values, default attribute values and external ids
+//     unescaped and unquoted, drops the '%' of a parameter entity and the names of a NOTATION
+//     attribute type, so a document written back could not be parsed (and pads comments with
+//     one more blank each time); this parser writes those declarations itself;
 //   - turns every error, fatal or not, into the library's parse `Exception`.
 //
 // `Parse` throws `Exception` with the text of `ParseErrorText` on any failure and leaves the
@@ -107,8 +112,17 @@ class GuardedDOMParser : private detail::ParserGuards, public xercesc::XercesDOM
                   const bool isRoot, const XMLCh* const elemPrefix) override;
   void entityDecl(const xercesc::DTDEntityDecl& entityDecl, const bool isPEDecl,
                   const bool isIgnored) override;
+  void notationDecl(const xercesc::XMLNotationDecl& notDecl, const bool isIgnored) override;
+  void attDef(const xercesc::DTDElementDecl& elemDecl, const xercesc::DTDAttDef& attDef,
+              const bool ignoring) override;
+  void doctypeComment(const XMLCh* const comment) override;
 
  private:
+  // Moves what the base class appended to its subset since the last call into mSubset.
+  void TakeBaseSubset();
+  // After a base hook: when it added to the subset, `text` stands in mSubset instead.
+  void ReplaceBaseSubset(XMLSize_t lengthBefore, const std::basic_string<XMLCh>& text);
+
   const bool mLoadExternalDtd;
   // The scanner asks for the external DTD subset right after the DOCTYPE declaration, or right
   // after its internal subset; a request at any other moment is for an external entity.
@@ -117,6 +131,10 @@ class GuardedDOMParser : private detail::ParserGuards, public xercesc::XercesDOM
   unsigned int mDepth = 0;
   std::size_t mInputLimit = 0;
   bool mInputTooLarge = false;
+  // The internal subset as it will stand in the DOM, and how much of the base class's own
+  // version of it has been taken over.
+  std::basic_string<XMLCh> mSubset;
+  XMLSize_t mBaseSubsetTaken = 0;
 };
 
 }  // namespace config

@@ -22,6 +22,7 @@
 namespace {
 
 using zenutl::config::GuardedDOMParser;
+using zenutl::config::kElementDepthLimit;
 using zenutl::config::LocalPathOfSystemId;
 using zenutl_test::FifoProbe;
 using zenutl_test::LocalListener;
@@ -59,6 +60,12 @@ std::string Repeat(const std::string& piece, int count) {
 
 std::string Nested(int depth) {
   return Repeat("<a>", depth) + Repeat("</a>", depth);
+}
+
+// `innermost` at the depth limit plus `beyond`.
+std::string Deepest(const std::string& innermost, int beyond) {
+  const int above = static_cast<int>(kElementDepthLimit) - 1 + beyond;
+  return Repeat("<a>", above) + innermost + Repeat("</a>", above);
 }
 
 TEST(LocalPathOfSystemId, AcceptsOnlyFilesOnThisMachine) {
@@ -306,13 +313,12 @@ TEST(GuardedDOMParser, TurnsMalformedInputIntoTheParseException) {
       {"undefined entity", "<r>&e;</r>", 'e'},
       {"deeply nested and truncated", Repeat("<a>", 100000), 'E'},
       {"deeply nested", Nested(100000), 'E'},
-      {"one level too deep", Nested(1025), 'E'},
+      {"one level too deep", Nested(static_cast<int>(kElementDepthLimit) + 1), 'E'},
       // An empty element counts like any other, in and out.
       {"an empty element under each start tag", Repeat("<a><e/>", 100000), 'E'},
       {"closed and empty elements under each start tag",
        Repeat("<a><e/><f></f>", 100000) + Repeat("</a>", 100000), 'E'},
-      {"an empty element one level too deep", Repeat("<a>", 1024) + "<e/>" + Repeat("</a>", 1024),
-       'E'},
+      {"an empty element one level too deep", Deepest("<e/>", 1), 'E'},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
@@ -334,11 +340,43 @@ TEST(GuardedDOMParser, RefusesInputBeyondTheSizeLimit) {
   EXPECT_EQ(Outcome(fits + std::string(100000, ' '), true), "ok");
 }
 
+TEST(GuardedDOMParser, WritesADoctypeBackSoThatItReadsTheSame) {
+  // Xerces' own rebuilt subset wrote these unescaped or unquoted (one found by fuzzing).
+  const std::string text =
+      "<!DOCTYPE r [\n"
+      "<!ENTITY e \"x&#37;y&#38;#38;z&#34;q&#13;\">\n"
+      "<!ENTITY % p '<!ENTITY f \"pe\">'> %p;\n"
+      "<!NOTATION gif PUBLIC \"-//X//gif\">\n"
+      "<!NOTATION png SYSTEM 'viewer\"s.exe'>\n"
+      "<!ENTITY pic PUBLIC \"-//X//pic\" \"pic.gif\" NDATA gif>\n"
+      "<!ATTLIST r a CDATA 'say \"&lt;&amp;\" &#9;tab' b (x|y) 'y' kind NOTATION (gif|png) "
+      "#IMPLIED\n"
+      "  c CDATA #FIXED \"c&#10;d\" id ID #IMPLIED>\n"
+      "<!-- note --><?pi data?>\n"
+      "]><r>&e;&f;</r>";
+  GuardedDOMParser first(false);
+  ParseText(first, text);
+  std::ostringstream once;
+  ASSERT_TRUE(WriteXMLFile(once, first.getDocument(), false));
+  GuardedDOMParser second(false);
+  ParseText(second, once.str());
+  std::ostringstream twice;
+  ASSERT_TRUE(WriteXMLFile(twice, second.getDocument(), false));
+  EXPECT_EQ(twice.str(), once.str());
+  for (GuardedDOMParser* parser : {&first, &second}) {
+    const xercesc::DOMElement* r = parser->getDocument()->getDocumentElement();
+    EXPECT_EQ(Narrow(r->getTextContent()), "x%y&z\"q\rpe");
+    EXPECT_EQ(Narrow(r->getAttribute(u"a")), "say \"<&\" \ttab");
+    EXPECT_EQ(Narrow(r->getAttribute(u"b")), "y");
+    EXPECT_EQ(Narrow(r->getAttribute(u"c")), "c\nd");
+  }
+}
+
 TEST(GuardedDOMParser, ParsesTheDeepestAllowedDocumentAndWritesItBack) {
   GuardedDOMParser deepestEmpty(false);
-  ParseText(deepestEmpty, Repeat("<a>", 1023) + "<e/>" + Repeat("</a>", 1023));
+  ParseText(deepestEmpty, Deepest("<e/>", 0));
   GuardedDOMParser parser(false);
-  ParseText(parser, Nested(1024));
+  ParseText(parser, Nested(static_cast<int>(kElementDepthLimit)));
   std::ostringstream out;
   ASSERT_TRUE(WriteXMLFile(out, parser.getDocument(), true));
   // Written back, it reads again as the same depth.
@@ -349,7 +387,7 @@ TEST(GuardedDOMParser, ParsesTheDeepestAllowedDocumentAndWritesItBack) {
        element = element->getFirstElementChild()) {
     ++depth;
   }
-  EXPECT_EQ(depth, 1024);
+  EXPECT_EQ(depth, static_cast<int>(kElementDepthLimit));
 }
 
 }  // namespace
