@@ -166,8 +166,12 @@ std::vector<std::string> IniDocument::KeyNames(const std::string& section) const
 }
 
 void IniDocument::InsertLine(std::size_t position, const std::string& text) {
-  // The line before must end, or the new one would join it.
-  if (position > 0 && lines_[position - 1].eol.empty()) lines_[position - 1].eol = newline_;
+  // The line before must end, or the new one would join it. A last line that ends in a lone
+  // '\r' keeps it as text: a plain "\n" after it would turn it into a "\r\n" ending.
+  if (position > 0 && lines_[position - 1].eol.empty()) {
+    const std::string& before = lines_[position - 1].text;
+    lines_[position - 1].eol = !before.empty() && before.back() == '\r' ? "\r\n" : newline_;
+  }
   lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(position), ParseLine(text, newline_));
 }
 
