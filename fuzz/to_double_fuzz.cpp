@@ -1,17 +1,28 @@
 // Number parsing on arbitrary text: both widths, both decimal separators.
 //
 // Invariants beyond "no crash": the end pointer of znstrtod stays inside the text, ToDouble
-// answers the missing value exactly when it reports a failure other than a parsed -99, and the
-// byte and wide forms agree on ASCII input.
+// answers the missing value whenever it reports a failure, and the byte and wide forms agree on
+// ASCII input. Text that is not ASCII also goes to the wide form as the UTF-8 it decodes to, so
+// wide characters beyond Latin-1 (other digits, other minus signs) are seen too.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 
+#include "zenutl/cstring.h"
 #include "zenutl/locales.h"
 #include "zenutl/zn_string.h"
 
 namespace {
+
+void CheckWide(const std::wstring& text) {
+  wchar_t* end = nullptr;
+  ZnString::znstrtod(text.c_str(), &end);
+  if (end < text.c_str() || end > text.c_str() + text.size()) std::abort();
+  ZnString::EParseResult result;
+  const double value = ZnString::ToDouble(text.c_str(), result);
+  if (result != ZnString::eParseOk && value != ZnString::kMissingValue) std::abort();
+}
 
 void CheckBothWidths(const std::string& text) {
   char* end = nullptr;
@@ -24,7 +35,10 @@ void CheckBothWidths(const std::string& text) {
 
   bool ascii = true;
   for (unsigned char c : text) ascii = ascii && c < 0x80;
-  if (!ascii) return;
+  if (!ascii) {
+    CheckWide(zenutl::detail::Utf8ToWide(text));
+    return;
+  }
   const std::wstring wide(text.begin(), text.end());
   wchar_t* wide_end = nullptr;
   const double wide_value = ZnString::znstrtod(wide.c_str(), &wide_end);
@@ -41,7 +55,8 @@ void CheckBothWidths(const std::string& text) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // The first byte picks the separator, the rest is the text up to its first zero byte.
   if (size == 0) return 0;
-  const Locales::DecSeparator separator = (data[0] & 1) ? Locales::eDecimalComma : Locales::eDecimalPoint;
+  const Locales::DecSeparator separator =
+      (data[0] & 1) ? Locales::eDecimalComma : Locales::eDecimalPoint;
   std::string text(reinterpret_cast<const char*>(data + 1), size - 1);
   text = text.c_str();
   Locales::SetDecimalSeparatorClass scope(separator);
