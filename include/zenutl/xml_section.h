@@ -26,8 +26,8 @@
 // key names and values are UTF-8, like every narrow text of the library; wide ones are UTF-32.
 // Documents are parsed with the guards of the library's XML parser: nothing outside the document
 // is read (no external entity, no network access; only a local external DTD when the caller asks
-// for it), entity expansion and nesting (1024 elements deep) are bounded, and so is the size of
-// the input (xml_input_limit.h).
+// for it), entity expansion and the nesting of elements are bounded, and so is the size of the
+// input (xml_input_limit.h).
 //
 // Error contract: reads answer false for a missing key or on the document node. Parsing
 // constructors throw `Exception` with the text "An error occurred during parsing\nMessage: "

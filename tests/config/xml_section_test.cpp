@@ -14,6 +14,7 @@
 
 #include "config/external_dtd_leak.h"
 #include "config/file_probes.h"
+#include "config/guarded_dom_parser.h"
 #include "config/local_listener.h"
 #include "support/exception_matchers.h"
 #include "support/full_disk.h"
@@ -634,7 +635,8 @@ TEST_F(XMLSectionParse, EveryParsingConstructorReadsAndRejectsAlike) {
        "<!DOCTYPE root [<!ENTITY e SYSTEM \"" + marker + "\">]><root k=\"v\">&e;</root>",
        std::string(kParseError) + "E"},
       {"entity on the network behind a blank",
-       "<!DOCTYPE root [<!ENTITY e SYSTEM \" " + listener.Url("e") + "\">]><root k=\"v\">&e;</root>",
+       "<!DOCTYPE root [<!ENTITY e SYSTEM \" " + listener.Url("e") +
+           "\">]><root k=\"v\">&e;</root>",
        std::string(kParseError) + "E"},
   };
   for (const char* how : {"path", "istream", "library stream", "string"}) {
@@ -652,8 +654,9 @@ TEST_F(XMLSectionParse, EveryParsingConstructorReadsAndRejectsAlike) {
 }
 
 TEST(XMLSection, DeepestAcceptedDocumentCopiesWhole) {
+  const int above = static_cast<int>(zenutl::config::kElementDepthLimit) - 1;
   const std::unique_ptr<XMLSection> source =
-      FromString(Repeat("<root>", 1023) + "<e/>" + Repeat("</root>", 1023));
+      FromString(Repeat("<root>", above) + "<e/>" + Repeat("</root>", above));
   XMLSection copy;
   ASSERT_TRUE(source->WriteToSection(&copy));
   EXPECT_EQ(Xml(copy), Xml(*source));
