@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "fuzz_input.h"
 #include "zenutl/locales.h"
 #include "zenutl/zn_string_algorithms.h"
 
@@ -34,11 +35,9 @@ Limits Evaluate(const std::string& text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size == 0) return 0;
-  const Locales::DecSeparator separator =
-      (data[0] & 1) ? Locales::eDecimalComma : Locales::eDecimalPoint;
-  std::string text(reinterpret_cast<const char*>(data + 1), size - 1);
-  text = text.c_str();
+  Locales::DecSeparator separator;
+  std::string text;
+  if (!zenutl_fuzz::ReadSeparatorAndText(data, size, separator, text)) return 0;
   Locales::SetDecimalSeparatorClass scope(separator);
 
   const Limits first = Evaluate(text);
