@@ -11,6 +11,7 @@
 
 #include "audit/audit_test_support.h"
 #include "config/file_probes.h"
+#include "config/guarded_dom_parser.h"
 #include "config/local_listener.h"
 #include "support/child_process.h"
 #include "support/exception_matchers.h"
@@ -313,7 +314,10 @@ TEST_F(AuditTrailPersistence, ReadingReachesNothingOutsideTheTrail) {
   zenutl_test::OpenWatch watch(marker);
   zenutl_test::LocalListener listener;
   std::string deep;
-  for (int i = 0; i < 50000; ++i) deep += "<Session><e/>";
+  // One level too deep, and well within the size limit below.
+  const int levels = static_cast<int>(zenutl::config::kElementDepthLimit);
+  for (int i = 0; i < levels; ++i) deep += "<Session><e/>";
+  for (int i = 0; i < levels; ++i) deep += "</Session>";
   const std::size_t previous = ZnSetXMLInputLimit(100000);
   struct Case {
     const char* what;
@@ -330,7 +334,7 @@ TEST_F(AuditTrailPersistence, ReadingReachesNothingOutsideTheTrail) {
        "<!DOCTYPE AuditTrail [<!ENTITY e SYSTEM \"\t" + listener.Url("e") +
            "\">]><AuditTrail>&e;</AuditTrail>",
        false},
-      {"an empty element under each start tag", "<AuditTrail>" + deep, false},
+      {"an empty element under each start tag", "<AuditTrail>" + deep + "</AuditTrail>", false},
       {"beyond the size limit", "<AuditTrail>" + std::string(100000, ' ') + "</AuditTrail>", false},
   };
   for (const Case& c : cases) {

@@ -315,7 +315,8 @@ TEST(GuardedDOMParser, TurnsMalformedInputIntoTheParseException) {
       {"deeply nested", Nested(100000), 'E'},
       {"one level too deep", Nested(static_cast<int>(kElementDepthLimit) + 1), 'E'},
       // An empty element counts like any other, in and out.
-      {"an empty element under each start tag", Repeat("<a><e/>", 100000), 'E'},
+      {"an empty element under each start tag", Repeat("<a><e/>", 100000) + Repeat("</a>", 100000),
+       'E'},
       {"closed and empty elements under each start tag",
        Repeat("<a><e/><f></f>", 100000) + Repeat("</a>", 100000), 'E'},
       {"an empty element one level too deep", Deepest("<e/>", 1), 'E'},
