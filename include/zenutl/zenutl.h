@@ -53,6 +53,7 @@
 #include "zenutl/time_functions.h"
 #include "zenutl/user_comm.h"
 #include "zenutl/write_xml_file.h"
+#include "zenutl/xml_input_limit.h"
 #include "zenutl/xml_input_source.h"
 #include "zenutl/xml_input_source_stream.h"
 #include "zenutl/xml_input_stream.h"

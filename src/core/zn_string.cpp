@@ -18,8 +18,8 @@
 #include <string>
 
 #include "core/print_format.h"
+#include "language/catalogue_format.h"
 #include "zenutl/exception.h"
-#include "zenutl/language_string.h"
 
 namespace ZnString {
 namespace {
@@ -465,10 +465,9 @@ CStringW Format(const wchar_t* format, ...) {
 }
 
 CString Format(unsigned long id, ...) {
-  CString text;
   va_list args;
   va_start(args, id);
-  text.FormatV(LanguageString::Get(static_cast<unsigned int>(id)), args);
+  CString text = zenutl::language::FormatLanguageString(static_cast<unsigned int>(id), args);
   va_end(args);
   return text;
 }

@@ -6,6 +6,7 @@
 
 #include <cctype>
 #include <cfloat>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -290,12 +291,36 @@ TEST(Lsprintf, PrintsArgumentsByTheirPositions) {
 }
 
 TEST(Lsprintf, RefusesMalformedConversionsWithAnEmptyOutput) {
-  for (const char* format : {"%d", "x %d1 y", "%y1%", "%I32d1%", "%n1%", "abc%", "%lld1%"}) {
+  for (const char* format : {"%d", "x %d1 y", "%y1%", "%I32d1%", "%n1%", "abc%", "%lld1%",
+                             // Fields that would only make the output huge (one found by fuzzing).
+                             "%77777777e%7", "%.77777777f1%", "%1025d1%", "%.1025s1%",
+                             "%99999999999999999999d1%", "%d99999999999999999999%"}) {
     SCOPED_TRACE(format);
     char out[64] = "previous";
     EXPECT_EQ(ZnString::lsprintf(out, format, 5, 6), 0);
     EXPECT_STREQ(out, "");
   }
+}
+
+TEST(Lsprintf, SizedFormNeverWritesPastItsBuffer) {
+  char out[8];
+  std::memset(out, 'z', sizeof out);
+  EXPECT_EQ(ZnString::lsnprintf(out, 8, "%s1%!", "abc"), 4);
+  EXPECT_STREQ(out, "abc!");
+  EXPECT_EQ(ZnString::lsnprintf(out, 8, "%1024d1%", 5), -1);
+  EXPECT_STREQ(out, "       ");
+  EXPECT_EQ(ZnString::lsnprintf(out, 4, "%s2%%s1%", "de", "abc"), -1);
+  EXPECT_STREQ(out, "abc");
+  EXPECT_EQ(out[4], ' ');  // untouched beyond `size`
+  EXPECT_EQ(ZnString::lsnprintf(out, 8, "%q1%", 5), 0);
+  EXPECT_STREQ(out, "");
+  out[0] = 'k';
+  EXPECT_EQ(ZnString::lsnprintf(out, 0, "%d1%", 5), -1);
+  EXPECT_EQ(out[0], 'k');
+  // The widest allowed field still prints whole where there is room.
+  char wide[1100];
+  EXPECT_EQ(ZnString::lsprintf(wide, "%-1024d1%|", 5), 1025);
+  EXPECT_EQ(ZnString::lsnprintf(wide, sizeof wide, "%.1024f1%", 0.5), 1026);
 }
 
 TEST(FormatStringVector, JoinsForASentence) {

@@ -17,9 +17,13 @@
 
 #include "support/exception_matchers.h"
 #include "support/reference_strtod.h"
+#include "support/temp_dir.h"
+#include "zenutl/language_string.h"
+#include "zenutl/resource_module.h"
 
 namespace {
 
+using zenutl_test::WriteWholeFile;
 using ZnString::EParseResult;
 const EParseResult kOk = ZnString::eParseOk, kUnder = ZnString::eParseUnderflow,
                    kOver = ZnString::eParseOverflow, kBad = ZnString::eParseInvalid;
@@ -266,6 +270,49 @@ TEST(ZnString, PrintsMissingTextForMinusNinetyNineOfEveryType) {
   EXPECT_STREQ(ZnString::ToStringW(static_cast<__int64>(1LL << 40)), L"1099511627776");
   EXPECT_STREQ(ZnString::ToStringW(7u, L"<%u>"), L"<7>");
   EXPECT_STREQ(ZnString::Format(L"%s-%d", L"w", 3), L"w-3");
+}
+
+// A catalogue text can only read what the caller passes: the arguments of the built-in English
+// text of its number. Texts are kept per number for the whole process, so these numbers are
+// fetched here and nowhere else in this program.
+TEST(ZnString, TranslatedFormatReadsOnlyWhatTheCallPasses) {
+  zenutl_test::TempDir dir;
+  WriteWholeFile(dir.File("sv.txt"),
+                 "zenutl-catalogue 1\n"
+                 "string 17057 %s%n\n"
+                 "string 17058 %s saknas\n"
+                 "string 17063 '%s' %s %s\n"
+                 "string 17064 %S\n"
+                 "string 17065 %1$s kan inte vara l\xc3\xa4ngre \xc3\xa4n %2$u tecken.\n"
+                 "string 17074 %4000s\n"
+                 "string 17075 %s \xc3\xa4r skrivskyddad.\n"
+                 "string 17076 %d\n"
+                 "string 17077 %s%\n"
+                 "string 919001 %n\n"
+                 "string 919002 %s und %d\n");
+  HINSTANCE module = ZnLoadResourceModule(dir.File("sv.txt").c_str());
+  ASSERT_NE(module, nullptr);
+  LanguageString::SetResourceInstance(module);
+  const struct {
+    CString text;
+    const char* expected;
+  } rows[] = {
+      {ZnString::Format(17057ul, "N"), "N cannot be empty."},  // %n writes through a pointer
+      {ZnString::Format(17058ul, "N", "SET"), "N saknas"},     // leaving one out is fine
+      {ZnString::Format(17063ul, "x"), "'x' is not a valid number."},
+      {ZnString::Format(17064ul, "N"), "N cannot consist of spaces only."},
+      {ZnString::Format(17065ul, "N", 8u), "N cannot be longer than 8 characters."},
+      {ZnString::Format(17074ul, "D:"), "D: is on a CD drive, which cannot be written to."},
+      {ZnString::Format(17075ul, "D:"), "D: \xc3\xa4r skrivskyddad."},
+      {ZnString::Format(17076ul, "D:"), "D: is not a folder in the file system."},
+      {ZnString::Format(17077ul, "D:"), "The drive of D: is not ready."},
+      // The application's own numbers: no English text to check against.
+      {ZnString::Format(919001ul, "x"), "%n"},
+      {ZnString::Format(919002ul, "x", 3), "x und 3"},
+  };
+  LanguageString::SetResourceInstance(nullptr);
+  ZnFreeResourceModule(module);
+  for (const auto& row : rows) EXPECT_STREQ(row.text, row.expected);
 }
 
 TEST(ZnString, FormatIndexAlwaysEndsInTh) {

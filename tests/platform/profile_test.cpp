@@ -167,6 +167,20 @@ TEST_F(Profile, ReadsUtf16FilesAndKeepsThemUtf16) {
   EXPECT_EQ(errno, EILSEQ);
 }
 
+TEST_F(Profile, AKeyOnALastLineEndingInACarriageReturnKeepsItsValueWhenALineFollows) {
+  // Found by fuzzing the engine: the appended line's "\n" used to make the "\r" a line ending.
+  WriteWholeFile(path(), "[s]\nk = v\r");
+  const std::string before = Read("s", "k");
+  ASSERT_EQ(Write("s", "new", "n"), 1);
+  // What another program reads of the file, not this process's copy of what it wrote.
+  const std::string copy = File("copy.ini");
+  WriteWholeFile(copy, ReadWholeFile(path()));
+  char value[16];
+  const DWORD n = GetPrivateProfileStringA("s", "k", "?", value, sizeof value, copy.c_str());
+  EXPECT_EQ(std::string(value, n), before);
+  EXPECT_EQ(Read("s", "new"), "n");
+}
+
 TEST_F(Profile, FillsBuffersWithTheWindowsTruncationRules) {
   WriteWholeFile(path(), "[s]\nvalue=abcdef\nalpha=1\nbeta=2\n[t]\n");
   const struct {
