@@ -181,6 +181,17 @@ TEST_F(Profile, AKeyOnALastLineEndingInACarriageReturnKeepsItsValueWhenALineFoll
   EXPECT_EQ(Read("s", "new"), "n");
 }
 
+TEST_F(Profile, RefusesAnEditThatWouldLeaveTheFileLookingLikeUtf16) {
+  // Found by fuzzing: removing the first section moved a stray line starting with the bytes
+  // FF FE to the top, and the next read took the whole file for UTF-16.
+  const std::string text = "[a]\nk=v\n\xFF\xFEstray\n[b]\nk=v\n";
+  WriteWholeFile(path(), text);
+  EXPECT_EQ(Write("a", nullptr, nullptr), 0);
+  EXPECT_EQ(errno, EILSEQ);
+  EXPECT_EQ(ReadWholeFile(path()), text);
+  EXPECT_EQ(Read("b", "k"), "v");
+}
+
 TEST_F(Profile, FillsBuffersWithTheWindowsTruncationRules) {
   WriteWholeFile(path(), "[s]\nvalue=abcdef\nalpha=1\nbeta=2\n[t]\n");
   const struct {
