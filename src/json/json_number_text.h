@@ -13,8 +13,9 @@
 namespace zenutl {
 namespace json_detail {
 
-// Room enough for any text of FormatNumber: "-2.225073858507201e-308" is 23 bytes.
-constexpr std::size_t kNumberTextLimit = 32;
+// The room FormatNumber needs at `out`. The longest text, e.g. "-2.225073858507201e-308", is
+// 23 bytes, but some copies are of fixed size and may write further.
+constexpr std::size_t kNumberTextLimit = 40;
 
 // Writes a finite `value` to `out` as "%.16g" does (1 => "1", 0.1 => "0.1", 1e300 => "1e+300",
 // 1.0/3 => "0.3333333333333333") and returns the end of the text, unterminated.

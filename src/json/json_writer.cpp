@@ -1,12 +1,14 @@
 // The compact and indented text of a json_value.
 //
 // Both forms come from one walk over the tree that keeps its own stack, so a document as deep as
-// the parser allows prints without deep recursion. Text is gathered in a buffer: for a string
-// result the buffer becomes the string; for a stream it is handed over in chunks, and a run of
-// plain string bytes is never split across two chunks.
+// the parser allows prints without deep recursion. A run of plain string bytes reaches a stream
+// in one piece, never split across two chunks.
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
+#include <iterator>
+#include <memory>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -21,15 +23,17 @@ using zenutl::json_detail::Object;
 
 namespace {
 
+// Text is gathered in a chunk that stays in the processor's cache, then handed on whole: to a
+// string that grows by doubling, or to a stream.
 class TextOutput {
  public:
-  // Keeps all text in memory, for TakeText.
-  TextOutput() : m_stream(nullptr) { Resize(kFirstSize); }
-  // Hands the text to `stream` whenever the buffer is full, and at Flush.
-  explicit TextOutput(std::ostream& stream) : m_stream(&stream) { Resize(kChunkSize); }
+  // Gathers all text for TakeText.
+  TextOutput() : TextOutput(nullptr) {}
+  // Hands the text to `stream`, at the latest at Flush.
+  explicit TextOutput(std::ostream& stream) : TextOutput(&stream) {}
 
   void Put(char c) {
-    if (m_cursor == m_limit) MakeRoom(1);
+    if (m_cursor == m_limit) Flush();
     *m_cursor++ = c;
   }
   void Append(char const* data, std::size_t size) {
@@ -37,56 +41,54 @@ class TextOutput {
     std::memcpy(m_cursor, data, size);
     m_cursor += size;
   }
-  // Room for `size` bytes (at most a chunk) at the returned cursor; Commit says where they end.
+  // Room for `size` bytes (far less than a chunk) at the returned cursor; Commit says where they
+  // end.
   char* Reserve(std::size_t size) {
-    if (size > Room()) MakeRoom(size);
+    if (size > Room()) Flush();
     return m_cursor;
   }
   void Commit(char* end) { m_cursor = end; }
 
   std::string TakeText() {
-    m_buffer.resize(m_cursor - m_buffer.data());
-    return std::move(m_buffer);
+    Flush();
+    return std::move(m_text);
   }
   void Flush() {
-    if (!m_failed) {
-      const std::streamsize size = m_cursor - m_buffer.data();
-      m_failed = m_stream->rdbuf()->sputn(m_buffer.data(), size) != size;
-      if (m_failed) m_stream->setstate(std::ios_base::badbit);
-    }
-    m_cursor = &m_buffer[0];
+    Send(m_chunk.get(), m_cursor - m_chunk.get());
+    m_cursor = m_chunk.get();
   }
 
  private:
-  static constexpr std::size_t kFirstSize = 1024;
-  static constexpr std::size_t kChunkSize = 64 * 1024;
+  static constexpr std::size_t kChunkSize = 16 * 1024;
+
+  explicit TextOutput(std::ostream* stream)
+      : m_stream(stream),
+        m_chunk(new char[kChunkSize]),
+        m_cursor(m_chunk.get()),
+        m_limit(m_cursor + kChunkSize) {}
 
   std::size_t Room() const { return m_limit - m_cursor; }
-  void Resize(std::size_t size) {
-    const std::size_t used = m_cursor ? m_cursor - m_buffer.data() : 0;
-    m_buffer.resize(size);
-    m_cursor = &m_buffer[0] + used;
-    m_limit = &m_buffer[0] + size;
-  }
-  void MakeRoom(std::size_t size) {
-    if (m_stream) return Flush();
-    Resize(std::max(2 * m_buffer.size(), m_buffer.size() + size));
-  }
   void AppendLong(char const* data, std::size_t size) {
-    MakeRoom(size);
+    Flush();
     if (size <= Room()) {
       std::memcpy(m_cursor, data, size);
       m_cursor += size;
-    } else if (!m_failed) {  // longer than a whole chunk: straight to the stream, in one piece
-      m_failed = m_stream->rdbuf()->sputn(data, size) != static_cast<std::streamsize>(size);
-      if (m_failed) m_stream->setstate(std::ios_base::badbit);
+    } else {  // longer than a whole chunk: on in one piece
+      Send(data, size);
     }
   }
+  void Send(char const* data, std::size_t size) {
+    if (!m_stream) return (void)m_text.append(data, size);
+    if (m_failed) return;
+    m_failed = m_stream->rdbuf()->sputn(data, size) != static_cast<std::streamsize>(size);
+    if (m_failed) m_stream->setstate(std::ios_base::badbit);
+  }
 
-  std::ostream* m_stream;
-  std::string m_buffer;
-  char* m_cursor = nullptr;
-  char* m_limit = nullptr;
+  std::ostream* const m_stream;
+  std::string m_text;
+  std::unique_ptr<char[]> m_chunk;
+  char* m_cursor;
+  char* const m_limit;
   bool m_failed = false;
 };
 
@@ -108,31 +110,50 @@ struct EscapeTable {
 };
 constexpr EscapeTable kEscapes;
 
+// The first byte at or after `at` that needs an escape. Eight bytes at a time while they last:
+// a word is passed over whole when none of its bytes is below 0x20, a quote, a backslash or 0x7F.
+char const* FindEscape(char const* at, char const* end) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101ULL, kHighs = 0x8080808080808080ULL;
+  auto has_zero_byte = [](std::uint64_t word) { return (word - kOnes) & ~word & kHighs; };
+  while (end - at >= 8) {
+    std::uint64_t word;
+    std::memcpy(&word, at, 8);
+    const std::uint64_t control = (word - 0x20 * kOnes) & ~word & kHighs;
+    if (control | has_zero_byte(word ^ ('"' * kOnes)) | has_zero_byte(word ^ ('\\' * kOnes)) |
+        has_zero_byte(word ^ (0x7F * kOnes))) {
+      break;
+    }
+    at += 8;
+  }
+  while (at != end && kEscapes.letter[static_cast<unsigned char>(*at)] == 0) ++at;
+  return at;
+}
+
+void WriteEscape(TextOutput& out, unsigned char byte) {
+  static constexpr char kHex[] = "0123456789abcdef";
+  const char letter = kEscapes.letter[byte];
+  char* escape = out.Reserve(6);
+  escape[0] = '\\';
+  escape[1] = letter;
+  if (letter != 'u') return out.Commit(escape + 2);
+  escape[2] = '0';
+  escape[3] = '0';
+  escape[4] = kHex[byte >> 4];
+  escape[5] = kHex[byte & 0xF];
+  out.Commit(escape + 6);
+}
+
 void WriteQuoted(TextOutput& out, std::string const& text) {
   out.Put('"');
-  char const* run = text.data();
-  char const* const end = run + text.size();
-  for (char const* at = run; at != end; ++at) {
-    const char letter = kEscapes.letter[static_cast<unsigned char>(*at)];
-    if (letter == 0) continue;
-    out.Append(run, at - run);
-    run = at + 1;
-    char* escape = out.Reserve(6);
-    escape[0] = '\\';
-    escape[1] = letter;
-    if (letter != 'u') {
-      out.Commit(escape + 2);
-      continue;
-    }
-    static constexpr char kHex[] = "0123456789abcdef";
-    const unsigned char byte = static_cast<unsigned char>(*at);
-    escape[2] = '0';
-    escape[3] = '0';
-    escape[4] = kHex[byte >> 4];
-    escape[5] = kHex[byte & 0xF];
-    out.Commit(escape + 6);
+  char const* at = text.data();
+  char const* const end = at + text.size();
+  for (;;) {
+    char const* const stop = FindEscape(at, end);
+    out.Append(at, stop - at);
+    if (stop == end) break;
+    WriteEscape(out, static_cast<unsigned char>(*stop));
+    at = stop + 1;
   }
-  out.Append(run, end - run);
   out.Put('"');
 }
 
@@ -169,48 +190,66 @@ void WriteScalar(TextOutput& out, json_value const& value) {
   }
 }
 
+bool IsContainer(json_value const& value) {
+  return Access::KindOf(value) >= Access::kArray;
+}
+
 // Walks `root` depth first and tells `writer` what it meets: Scalar(value), OpenArray(),
-// CloseArray(), OpenObject(), Key(key) before each member's value, CloseObject().
+// CloseArray(), OpenObject(), Key(key) before each member's value, CloseObject(). The scalars
+// of one container are written in a tight loop; only a child container costs a trip through
+// the stack.
 template <class Writer>
 void Walk(json_value const& root, Writer& writer) {
   struct Open {
-    json_value const* container;
-    std::size_t next_element;
+    bool object;
+    json_value const* next_element;
+    json_value const* end_element;
     Object::const_iterator next_member;
+    Object::const_iterator end_member;
   };
   std::vector<Open> open;
-  auto visit = [&](json_value const& value) {
-    switch (Access::KindOf(value)) {
-      case Access::kArray:
-        writer.OpenArray();
-        if (Access::ArrayOf(value).empty()) return writer.CloseArray();
-        return open.push_back({&value, 0, {}});
-      case Access::kObject:
-        writer.OpenObject();
-        if (Access::ObjectOf(value).empty()) return writer.CloseObject();
-        return open.push_back({&value, 0, Access::ObjectOf(value).begin()});
-      default:
-        return writer.Scalar(value);
+  auto enter = [&](json_value const& value) {
+    if (Access::KindOf(value) == Access::kArray) {
+      writer.OpenArray();
+      Array const& elements = Access::ArrayOf(value);
+      if (elements.empty()) return writer.CloseArray();
+      return open.push_back({false, elements.data(), elements.data() + elements.size(), {}, {}});
     }
+    if (Access::KindOf(value) == Access::kObject) {
+      writer.OpenObject();
+      Object const& members = Access::ObjectOf(value);
+      if (members.empty()) return writer.CloseObject();
+      return open.push_back({true, nullptr, nullptr, members.begin(), members.end()});
+    }
+    writer.Scalar(value);
   };
-  visit(root);
+  enter(root);
   while (!open.empty()) {
     Open& top = open.back();
-    if (Access::KindOf(*top.container) == Access::kArray) {
-      Array const& elements = Access::ArrayOf(*top.container);
-      if (top.next_element == elements.size()) {
+    if (!top.object) {
+      json_value const* element = top.next_element;
+      while (element != top.end_element && !IsContainer(*element)) writer.Scalar(*element++);
+      if (element == top.end_element) {
         open.pop_back();
         writer.CloseArray();
       } else {
-        visit(elements[top.next_element++]);
+        top.next_element = element + 1;
+        enter(*element);
       }
-    } else if (top.next_member == Access::ObjectOf(*top.container).end()) {
-      open.pop_back();
-      writer.CloseObject();
     } else {
-      auto const& member = *top.next_member++;
-      writer.Key(member.first);
-      visit(member.second);
+      auto member = top.next_member;
+      for (; member != top.end_member; ++member) {
+        writer.Key(member->first);
+        if (IsContainer(member->second)) break;
+        writer.Scalar(member->second);
+      }
+      if (member == top.end_member) {
+        open.pop_back();
+        writer.CloseObject();
+      } else {
+        top.next_member = std::next(member);
+        enter(member->second);
+      }
     }
   }
 }

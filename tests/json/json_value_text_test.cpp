@@ -76,6 +76,7 @@ TEST(JsonValueText, PrintsNumbersExactlyAsTheCLibraryInTheCLocale) {
     numbers.push_back(static_cast<double>(random() >> (i % 64)));  // integers of every size
     numbers.push_back(std::ldexp(static_cast<double>(random() >> 11), -(i % 64)));  // ties
     numbers.push_back(static_cast<double>(random() % 100000) / 1000.0);  // short decimals
+    numbers.push_back(std::ldexp(static_cast<double>(random() >> 11), i % 300 - 200));
   }
   int mismatches = 0;
   for (double number : numbers) {
