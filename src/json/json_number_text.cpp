@@ -114,16 +114,32 @@ void WriteEightDigits(std::uint32_t value, char* out) {
   std::memcpy(out + 6, kDigitPairs + 2 * (low % 100), 2);
 }
 
+// How many decimal zeros end `value`, which is not 0 and below 10^8.
+int TrailingZeros(std::uint32_t value) {
+  int zeros = 0;
+  if (value % 10000 == 0) {
+    value /= 10000;
+    zeros += 4;
+  }
+  if (value % 100 == 0) {
+    value /= 100;
+    zeros += 2;
+  }
+  return zeros + (value % 10 == 0);
+}
+
 // "%g" with 16 digits: the fixed form for exponents from -4 to 15, the scientific one beyond,
 // trailing zeros of the fraction dropped, and the point with them when nothing is left. Copies
 // are of fixed size, so they may write up to 34 bytes; only the text's own bytes count.
 char* FormatGeneral(std::uint64_t digits, int exponent, char* out) {
+  const std::uint32_t high = static_cast<std::uint32_t>(digits / 100000000);
+  const std::uint32_t low = static_cast<std::uint32_t>(digits % 100000000);
   char text[32];  // the 16 digits, then zeros that the fixed-size copies may read
-  WriteEightDigits(static_cast<std::uint32_t>(digits / 100000000), text);
-  WriteEightDigits(static_cast<std::uint32_t>(digits % 100000000), text + 8);
+  WriteEightDigits(high, text);
+  WriteEightDigits(low, text + 8);
   std::memset(text + 16, '0', 16);
-  int count = 16;  // significant digits; the first is never zero
-  while (text[count - 1] == '0') --count;
+  // Significant digits; `high` is at least 10^7, so never all zeros.
+  const int count = low != 0 ? 16 - TrailingZeros(low) : 8 - TrailingZeros(high);
 
   if (exponent < -4 || exponent >= 16) {
     out[0] = text[0];
@@ -157,9 +173,12 @@ char* FormatNumber(double value, char* out) {
   const double magnitude = std::fabs(value);
   // An integer below 1e16 has at most 16 digits, so "%.16g" prints all of them, without point or
   // exponent.
-  if (magnitude < 1e16 && magnitude == std::trunc(magnitude)) {
-    if (value < 0) *out++ = '-';
-    return FormatUnsigned(static_cast<std::uint64_t>(magnitude), out);
+  if (magnitude < 1e16) {
+    const std::uint64_t whole = static_cast<std::uint64_t>(magnitude);
+    if (static_cast<double>(whole) == magnitude) {
+      if (value < 0) *out++ = '-';
+      return FormatUnsigned(whole, out);
+    }
   }
   std::uint64_t digits;
   int exponent;

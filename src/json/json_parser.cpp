@@ -1,8 +1,12 @@
 // The JSON parser: RFC 8259 text to a json_value tree.
 //
 // It keeps its own stacks instead of recursing: finished values wait on a value stack (keys on a
-// key stack) until their container closes, and then move into it whole, so every array and
-// object is allocated once at its final size and nesting costs no machine stack. The input is a
+// key stack) until their container closes, and then move into it whole, so nesting costs no
+// machine stack and every array is allocated once at its final size. The text of waiting strings
+// and keys sits in one byte stack beside them; a string or container gets its heap blocks only
+// as it moves into its container, right after the element buffer or beside the member's node.
+// So a parsed tree lies in memory in the order in which the writers visit it (objects in key
+// order), which makes writing it fast; and reading a string allocates nothing. The input is a
 // std::string, whose buffer always ends in a zero byte; the scanners use that byte as a sentinel,
 // since no token can continue with it, and tell it from a zero byte in the text by position.
 #include <algorithm>
@@ -13,6 +17,9 @@
 #include <iterator>
 #include <limits>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include "json/json_access.h"
@@ -71,6 +78,17 @@ char const* SkipPlainText(char const* at, char const* end) {
   return at;
 }
 
+// Where the text of a string or key lies in the parser's byte stack.
+struct TextSpan {
+  std::size_t offset;
+  std::size_t size;
+};
+
+// A value read whose container has not closed yet: a scalar, the text of a string, or a
+// container held by value, without the heap block it gets in the tree.
+using Pending = std::variant<json_value, TextSpan, Array, Object>;
+constexpr std::size_t kText = 1, kArray = 2, kObject = 3;
+
 class Parser {
  public:
   explicit Parser(std::string const& text)
@@ -85,7 +103,7 @@ class Parser {
       } else if (m_open.empty()) {
         SkipBlanks();
         if (m_at != m_end) Expected(m_at, "the end of the text");
-        return std::move(m_values.back());
+        return Place(m_values.back());
       } else {
         complete = ContinueContainer();
       }
@@ -97,6 +115,7 @@ class Parser {
     bool object;
     std::size_t first_value;
     std::size_t first_key;
+    std::size_t text_size;  // of the byte stack
   };
 
   [[noreturn]] void Fail(char const* at, std::string const& problem) const {
@@ -150,12 +169,9 @@ class Parser {
         ++m_at;
         Close();
         return true;
-      case '"': {
-        std::string* text = new std::string();
-        m_values.push_back(Access::Adopt(text));
-        ReadString(*text);
+      case '"':
+        m_values.emplace_back(ReadString());
         return true;
-      }
       case 't':
         return ReadLiteral("true", json_bool{true});
       case 'f':
@@ -188,7 +204,7 @@ class Parser {
 
   void Open(bool object) {
     if (m_open.size() == kMaxDepth) Fail(m_at, "nesting deeper than 10000 levels");
-    m_open.push_back({object, m_values.size(), m_keys.size()});
+    m_open.push_back({object, m_values.size(), m_keys.size(), m_texts.size()});
     ++m_at;
     SkipBlanks();
   }
@@ -197,33 +213,38 @@ class Parser {
     const OpenContainer open = m_open.back();
     m_open.pop_back();
     const auto first = m_values.begin() + open.first_value;
-    json_value container;
+    Pending container;
     if (!open.object) {
-      container = Access::Adopt(
-          new Array(std::make_move_iterator(first), std::make_move_iterator(m_values.end())));
+      Array& elements = container.emplace<kArray>();
+      elements.reserve(m_values.end() - first);
+      for (auto value = first; value != m_values.end(); ++value) {
+        elements.push_back(Place(*value));
+      }
     } else {
-      container = json_object{};
-      FillObject(Access::ObjectOf(container), open);
+      FillObject(container.emplace<kObject>(), open);
     }
     m_values.erase(first, m_values.end());
     m_values.push_back(std::move(container));
+    m_texts.resize(open.text_size);
   }
 
   // Moves the members waiting on the stacks into `members` in key order, so that the map's nodes
   // are allocated in the order in which they will be visited, and each is inserted at the end
   // without a search. Of equal keys the one read last is assigned last.
   void FillObject(Object& members, OpenContainer const& open) {
-    std::string* const keys = m_keys.data() + open.first_key;
-    json_value* const values = m_values.data() + open.first_value;
+    TextSpan const* const keys = m_keys.data() + open.first_key;
+    Pending* const values = m_values.data() + open.first_value;
     const std::size_t count = m_keys.size() - open.first_key;
     m_order.resize(count);
     for (std::size_t i = 0; i < count; ++i) m_order[i] = i;
-    auto by_key = [keys](std::size_t left, std::size_t right) { return keys[left] < keys[right]; };
+    auto by_key = [this, keys](std::size_t left, std::size_t right) {
+      return Text(keys[left]) < Text(keys[right]);
+    };
     if (!std::is_sorted(m_order.begin(), m_order.end(), by_key)) {
       std::stable_sort(m_order.begin(), m_order.end(), by_key);
     }
     for (std::size_t i : m_order) {
-      members.insert_or_assign(members.end(), std::move(keys[i]), std::move(values[i]));
+      members.insert_or_assign(members.end(), std::string(Text(keys[i])), Place(values[i]));
     }
     m_keys.erase(m_keys.begin() + open.first_key, m_keys.end());
   }
@@ -231,23 +252,43 @@ class Parser {
   // A member's key and its colon, and the blanks after them.
   void ReadKey() {
     if (*m_at != '"') Expected(m_at, "a string key");
-    m_keys.emplace_back();
-    ReadString(m_keys.back());
+    m_keys.push_back(ReadString());
     SkipBlanks();
     if (*m_at != ':') Expected(m_at, "':'");
     ++m_at;
     SkipBlanks();
   }
 
-  bool ReadLiteral(char const* word, json_value value) {
+  bool ReadLiteral(char const* word, json_value&& value) {
     for (char const* expected = word; *expected; ++expected, ++m_at) {
       if (*m_at != *expected) Expected(m_at, (std::string("'") + word + "'").c_str());
     }
-    m_values.push_back(std::move(value));
+    m_values.emplace_back(std::move(value));
     return true;
   }
 
-  // From the opening quote to after the closing one; the text goes to `text`.
+  std::string_view Text(TextSpan span) const { return {m_texts.data() + span.offset, span.size}; }
+
+  // Gives a waiting value its place in the tree: strings and containers get their heap block now.
+  json_value Place(Pending& value) const {
+    switch (value.index()) {
+      case kText:
+        return Access::Adopt(new std::string(Text(std::get<kText>(value))));
+      case kArray:
+        return Access::Adopt(new Array(std::move(std::get<kArray>(value))));
+      case kObject:
+        return Access::Adopt(new Object(std::move(std::get<kObject>(value))));
+      default:
+        return std::move(std::get<json_value>(value));
+    }
+  }
+
+  // From the opening quote to after the closing one; the text goes onto the byte stack.
+  TextSpan ReadString() {
+    const std::size_t offset = m_texts.size();
+    ReadString(m_texts);
+    return {offset, m_texts.size() - offset};
+  }
   void ReadString(std::string& text) {
     char const* run = ++m_at;
     for (;;) {
@@ -411,9 +452,9 @@ class Parser {
     // Up to 15 digits the integer was read exactly and converts exactly.
     if (integral && integer_digits <= 15) {
       const double magnitude = static_cast<double>(integer);
-      m_values.push_back(negative ? -magnitude : magnitude);
+      m_values.emplace_back(json_value(negative ? -magnitude : magnitude));
     } else {
-      m_values.push_back(ToDouble(start, at, negative));
+      m_values.emplace_back(json_value(ToDouble(start, at, negative)));
     }
   }
 
@@ -461,8 +502,9 @@ class Parser {
   char const* const m_begin;
   char const* m_at;
   char const* const m_end;
-  std::vector<json_value> m_values;
-  std::vector<std::string> m_keys;
+  std::vector<Pending> m_values;
+  std::vector<TextSpan> m_keys;
+  std::string m_texts;  // the byte stack of waiting strings and keys
   std::vector<OpenContainer> m_open;
   std::vector<std::size_t> m_order;  // scratch of FillObject
 };

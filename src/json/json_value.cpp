@@ -19,15 +19,21 @@ namespace {
 // containers on the heap.
 
 // Moves every child of `container` that has children of its own to `pending`, so that destroying
-// the container afterwards goes only one level down.
+// the container afterwards goes only one level down. They go last child first, so that `pending`
+// hands them back in the order of the tree, the order in which a parsed tree lies in memory.
 void MoveOutDeepChildren(json_value& container, std::vector<json_value>& pending) {
   auto detach = [&pending](json_value& child) {
+    Access::PrefetchBeyond(Access::HeapPayload(child));
     if (Access::HasChildren(child)) pending.push_back(std::move(child));
   };
   if (Access::KindOf(container) == Access::kArray) {
-    for (json_value& child : Access::ArrayOf(container)) detach(child);
+    Array& elements = Access::ArrayOf(container);
+    for (auto child = elements.rbegin(); child != elements.rend(); ++child) detach(*child);
   } else {
-    for (auto& member : Access::ObjectOf(container)) detach(member.second);
+    Object& members = Access::ObjectOf(container);
+    for (auto member = members.rbegin(); member != members.rend(); ++member) {
+      detach(member->second);
+    }
   }
 }
 

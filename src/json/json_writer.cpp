@@ -23,17 +23,18 @@ using zenutl::json_detail::Object;
 
 namespace {
 
-// Text is gathered in a chunk that stays in the processor's cache, then handed on whole: to a
-// string that grows by doubling, or to a stream.
+// Text is gathered in blocks. For a stream, one block that stays in the processor's cache is
+// handed on whenever it is full. For a string, full blocks are kept, growing in size, and copied
+// once into a string of the exact size at the end, which costs less than a string that doubles.
 class TextOutput {
  public:
   // Gathers all text for TakeText.
-  TextOutput() : TextOutput(nullptr) {}
+  TextOutput() : m_stream(nullptr) { AddBlock(kFirstBlockSize); }
   // Hands the text to `stream`, at the latest at Flush.
-  explicit TextOutput(std::ostream& stream) : TextOutput(&stream) {}
+  explicit TextOutput(std::ostream& stream) : m_stream(&stream) { AddBlock(kChunkSize); }
 
   void Put(char c) {
-    if (m_cursor == m_limit) Flush();
+    if (m_cursor == m_limit) MakeRoom(1);
     *m_cursor++ = c;
   }
   void Append(char const* data, std::size_t size) {
@@ -41,54 +42,71 @@ class TextOutput {
     std::memcpy(m_cursor, data, size);
     m_cursor += size;
   }
-  // Room for `size` bytes (far less than a chunk) at the returned cursor; Commit says where they
+  // Room for `size` bytes (far less than a block) at the returned cursor; Commit says where they
   // end.
   char* Reserve(std::size_t size) {
-    if (size > Room()) Flush();
+    if (size > Room()) MakeRoom(size);
     return m_cursor;
   }
   void Commit(char* end) { m_cursor = end; }
 
   std::string TakeText() {
-    Flush();
-    return std::move(m_text);
+    CloseBlock();
+    std::size_t total = 0;
+    for (Block const& block : m_blocks) total += block.used;
+    std::string text;
+    text.reserve(total);
+    for (Block const& block : m_blocks) text.append(block.bytes.get(), block.used);
+    return text;
   }
   void Flush() {
-    Send(m_chunk.get(), m_cursor - m_chunk.get());
-    m_cursor = m_chunk.get();
+    Send(m_blocks.back().bytes.get(), m_cursor - m_blocks.back().bytes.get());
+    m_cursor = m_blocks.back().bytes.get();
   }
 
  private:
   static constexpr std::size_t kChunkSize = 16 * 1024;
+  static constexpr std::size_t kFirstBlockSize = 1024;
+  static constexpr std::size_t kLargestBlockSize = 1024 * 1024;
 
-  explicit TextOutput(std::ostream* stream)
-      : m_stream(stream),
-        m_chunk(new char[kChunkSize]),
-        m_cursor(m_chunk.get()),
-        m_limit(m_cursor + kChunkSize) {}
+  struct Block {
+    std::unique_ptr<char[]> bytes;
+    std::size_t used;
+  };
 
   std::size_t Room() const { return m_limit - m_cursor; }
+  void AddBlock(std::size_t size) {
+    m_blocks.push_back({std::unique_ptr<char[]>(new char[size]), 0});
+    m_cursor = m_blocks.back().bytes.get();
+    m_limit = m_cursor + size;
+  }
+  void CloseBlock() { m_blocks.back().used = m_cursor - m_blocks.back().bytes.get(); }
+  // Room for `size` bytes, in a fresh block or, for a stream, after handing the block on.
+  void MakeRoom(std::size_t size) {
+    if (m_stream) return Flush();
+    CloseBlock();
+    const std::size_t last = m_limit - m_blocks.back().bytes.get();
+    AddBlock(std::max(size, std::min(2 * last, kLargestBlockSize)));
+  }
   void AppendLong(char const* data, std::size_t size) {
-    Flush();
-    if (size <= Room()) {
-      std::memcpy(m_cursor, data, size);
-      m_cursor += size;
-    } else {  // longer than a whole chunk: on in one piece
-      Send(data, size);
+    if (m_stream && size > kChunkSize) {  // on in one piece, never split across two chunks
+      Flush();
+      return Send(data, size);
     }
+    MakeRoom(size);
+    std::memcpy(m_cursor, data, size);
+    m_cursor += size;
   }
   void Send(char const* data, std::size_t size) {
-    if (!m_stream) return (void)m_text.append(data, size);
     if (m_failed) return;
     m_failed = m_stream->rdbuf()->sputn(data, size) != static_cast<std::streamsize>(size);
     if (m_failed) m_stream->setstate(std::ios_base::badbit);
   }
 
   std::ostream* const m_stream;
-  std::string m_text;
-  std::unique_ptr<char[]> m_chunk;
+  std::vector<Block> m_blocks;  // for a stream only the one chunk
   char* m_cursor;
-  char* const m_limit;
+  char* m_limit;
   bool m_failed = false;
 };
 
@@ -144,9 +162,20 @@ void WriteEscape(TextOutput& out, unsigned char byte) {
 }
 
 void WriteQuoted(TextOutput& out, std::string const& text) {
-  out.Put('"');
   char const* at = text.data();
   char const* const end = at + text.size();
+  // Short texts, most keys among them, are copied byte by byte as they are checked.
+  constexpr std::size_t kShort = 24;
+  if (text.size() <= kShort) {
+    char* cursor = out.Reserve(kShort + 2);
+    *cursor++ = '"';
+    while (at != end && kEscapes.letter[static_cast<unsigned char>(*at)] == 0) *cursor++ = *at++;
+    if (at == end) *cursor++ = '"';
+    out.Commit(cursor);
+    if (at == end) return;
+  } else {
+    out.Put('"');
+  }
   for (;;) {
     char const* const stop = FindEscape(at, end);
     out.Append(at, stop - at);
@@ -228,7 +257,10 @@ void Walk(json_value const& root, Writer& writer) {
     Open& top = open.back();
     if (!top.object) {
       json_value const* element = top.next_element;
-      while (element != top.end_element && !IsContainer(*element)) writer.Scalar(*element++);
+      for (; element != top.end_element && !IsContainer(*element); ++element) {
+        Access::PrefetchBeyond(Access::HeapPayload(*element));
+        writer.Scalar(*element);
+      }
       if (element == top.end_element) {
         open.pop_back();
         writer.CloseArray();
@@ -239,6 +271,7 @@ void Walk(json_value const& root, Writer& writer) {
     } else {
       auto member = top.next_member;
       for (; member != top.end_member; ++member) {
+        Access::PrefetchBeyond(&*member);
         writer.Key(member->first);
         if (IsContainer(member->second)) break;
         writer.Scalar(member->second);
