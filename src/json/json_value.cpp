@@ -1,5 +1,6 @@
 #include "zenutl/json_value.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -63,6 +64,10 @@ json_value CopyTree(json_value const& source) {
   while (!pending.empty()) {
     const auto [from, to] = pending.back();
     pending.pop_back();
+    // The children are copied in order, and those with children of their own are queued so that
+    // the first comes back first: the copy lies in memory in the order of a walk, as a parsed
+    // tree does.
+    const std::size_t first_queued = pending.size();
     auto copy_child = [&pending](json_value const& child_from, json_value& child_to) {
       child_to = CopyWithoutGrandchildren(child_from);
       if (Access::HasChildren(child_from)) pending.emplace_back(&child_from, &child_to);
@@ -79,6 +84,7 @@ json_value CopyTree(json_value const& source) {
         copy_child(from_member.second, (to_member++)->second);
       }
     }
+    std::reverse(pending.begin() + first_queued, pending.end());
   }
   return root;
 }
