@@ -15,7 +15,7 @@ packages=(
   clang libclang-rt-14-dev
 )
 if [[ "${1:-}" == "--bench" ]]; then
-  packages+=(libspdlog-dev)
+  packages+=(libspdlog-dev nlohmann-json3-dev rapidjson-dev)
 fi
 
 missing=()
