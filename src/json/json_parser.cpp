@@ -22,12 +22,17 @@
 #include <variant>
 #include <vector>
 
+#include "json/byte_words.h"
 #include "json/json_access.h"
 #include "zenutl/json_value.h"
 
 using zenutl::json_detail::Access;
 using zenutl::json_detail::Array;
 using zenutl::json_detail::Object;
+using zenutl::json_detail::HasByte;
+using zenutl::json_detail::HasByteBelow;
+using zenutl::json_detail::HasHighByte;
+using zenutl::json_detail::SkipPlainWords;
 
 namespace {
 
@@ -60,20 +65,11 @@ bool StopsString(char c) {
   return kStringStops.stop[static_cast<unsigned char>(c)];
 }
 
-// The first byte at or after `at` that StopsString. Eight bytes at a time while they last: a
-// word is skipped whole when none of its bytes is below 0x20, a quote, a backslash or above 0x7F.
+// The first byte at or after `at` that StopsString, looking at whole words while they last.
 char const* SkipPlainText(char const* at, char const* end) {
-  constexpr std::uint64_t kOnes = 0x0101010101010101ULL, kHighs = 0x8080808080808080ULL;
-  auto has_zero_byte = [](std::uint64_t word) { return (word - kOnes) & ~word & kHighs; };
-  while (end - at >= 8) {
-    std::uint64_t word;
-    std::memcpy(&word, at, 8);
-    const std::uint64_t special = ((word - 0x20 * kOnes) & ~word) | word |
-                                  has_zero_byte(word ^ ('"' * kOnes)) |
-                                  has_zero_byte(word ^ ('\\' * kOnes));
-    if (special & kHighs) break;
-    at += 8;
-  }
+  at = SkipPlainWords(at, end, [](std::uint64_t word) {
+    return HasByteBelow(word, 0x20) | HasHighByte(word) | HasByte(word, '"') | HasByte(word, '\\');
+  });
   while (!StopsString(*at)) ++at;
   return at;
 }

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "json/byte_words.h"
 #include "json/json_access.h"
 #include "json/json_number_text.h"
 #include "zenutl/json_value.h"
@@ -20,6 +21,9 @@
 using zenutl::json_detail::Access;
 using zenutl::json_detail::Array;
 using zenutl::json_detail::Object;
+using zenutl::json_detail::HasByte;
+using zenutl::json_detail::HasByteBelow;
+using zenutl::json_detail::SkipPlainWords;
 
 namespace {
 
@@ -128,21 +132,12 @@ struct EscapeTable {
 };
 constexpr EscapeTable kEscapes;
 
-// The first byte at or after `at` that needs an escape. Eight bytes at a time while they last:
-// a word is passed over whole when none of its bytes is below 0x20, a quote, a backslash or 0x7F.
+// The first byte at or after `at` that needs an escape, looking at whole words while they last.
 char const* FindEscape(char const* at, char const* end) {
-  constexpr std::uint64_t kOnes = 0x0101010101010101ULL, kHighs = 0x8080808080808080ULL;
-  auto has_zero_byte = [](std::uint64_t word) { return (word - kOnes) & ~word & kHighs; };
-  while (end - at >= 8) {
-    std::uint64_t word;
-    std::memcpy(&word, at, 8);
-    const std::uint64_t control = (word - 0x20 * kOnes) & ~word & kHighs;
-    if (control | has_zero_byte(word ^ ('"' * kOnes)) | has_zero_byte(word ^ ('\\' * kOnes)) |
-        has_zero_byte(word ^ (0x7F * kOnes))) {
-      break;
-    }
-    at += 8;
-  }
+  at = SkipPlainWords(at, end, [](std::uint64_t word) {
+    return HasByteBelow(word, 0x20) | HasByte(word, '"') | HasByte(word, '\\') |
+           HasByte(word, 0x7F);
+  });
   while (at != end && kEscapes.letter[static_cast<unsigned char>(*at)] == 0) ++at;
   return at;
 }
