@@ -3,8 +3,9 @@
 // It keeps its own stacks instead of recursing: finished values wait on a value stack (keys on a
 // key stack) until their container closes, and then move into it whole, so nesting costs no
 // machine stack and every array is allocated once at its final size. The text of waiting strings
-// and keys sits in one byte stack beside them; a string or container gets its heap blocks only
-// as it moves into its container, right after the element buffer or beside the member's node.
+// and keys sits in one byte stack beside them, and closed containers wait by value on a stack of
+// their own; a string or container gets its heap blocks only as it moves into its container,
+// right after the element buffer or beside the member's node.
 // So a parsed tree lies in memory in the order in which the writers visit it (objects in key
 // order), which makes writing it fast; and reading a string allocates nothing. The input is a
 // std::string, whose buffer always ends in a zero byte; the scanners use that byte as a sentinel,
@@ -28,10 +29,10 @@
 
 using zenutl::json_detail::Access;
 using zenutl::json_detail::Array;
-using zenutl::json_detail::Object;
 using zenutl::json_detail::HasByte;
 using zenutl::json_detail::HasByteBelow;
 using zenutl::json_detail::HasHighByte;
+using zenutl::json_detail::Object;
 using zenutl::json_detail::SkipPlainWords;
 
 namespace {
@@ -80,10 +81,16 @@ struct TextSpan {
   std::size_t size;
 };
 
-// A value read whose container has not closed yet: a scalar, the text of a string, or a
-// container held by value, without the heap block it gets in the tree.
-using Pending = std::variant<json_value, TextSpan, Array, Object>;
-constexpr std::size_t kText = 1, kArray = 2, kObject = 3;
+// Where a closed container waits, held by value, on the parser's container stack.
+struct ContainerSlot {
+  std::size_t index;
+};
+
+// A value read whose container has not closed yet: a scalar, the text of a string, or a closed
+// container, without the heap block it gets in the tree. Kept small, since a long array of
+// numbers waits whole on the value stack.
+using Pending = std::variant<json_value, TextSpan, ContainerSlot>;
+constexpr std::size_t kText = 1, kContainer = 2;
 
 class Parser {
  public:
@@ -111,7 +118,8 @@ class Parser {
     bool object;
     std::size_t first_value;
     std::size_t first_key;
-    std::size_t text_size;  // of the byte stack
+    std::size_t text_size;        // of the byte stack
+    std::size_t container_count;  // on the container stack
   };
 
   [[noreturn]] void Fail(char const* at, std::string const& problem) const {
@@ -200,7 +208,7 @@ class Parser {
 
   void Open(bool object) {
     if (m_open.size() == kMaxDepth) Fail(m_at, "nesting deeper than 10000 levels");
-    m_open.push_back({object, m_values.size(), m_keys.size(), m_texts.size()});
+    m_open.push_back({object, m_values.size(), m_keys.size(), m_texts.size(), m_containers.size()});
     ++m_at;
     SkipBlanks();
   }
@@ -209,19 +217,22 @@ class Parser {
     const OpenContainer open = m_open.back();
     m_open.pop_back();
     const auto first = m_values.begin() + open.first_value;
-    Pending container;
+    std::variant<Array, Object> container;
     if (!open.object) {
-      Array& elements = container.emplace<kArray>();
+      Array& elements = std::get<Array>(container);
       elements.reserve(m_values.end() - first);
       for (auto value = first; value != m_values.end(); ++value) {
         elements.push_back(Place(*value));
       }
     } else {
-      FillObject(container.emplace<kObject>(), open);
+      FillObject(container.emplace<Object>(), open);
     }
+    // The children have their places now; what waited for them goes.
     m_values.erase(first, m_values.end());
-    m_values.push_back(std::move(container));
     m_texts.resize(open.text_size);
+    m_containers.resize(open.container_count);
+    m_containers.push_back(std::move(container));
+    m_values.emplace_back(ContainerSlot{open.container_count});
   }
 
   // Moves the members waiting on the stacks into `members` in key order, so that the map's nodes
@@ -266,14 +277,17 @@ class Parser {
   std::string_view Text(TextSpan span) const { return {m_texts.data() + span.offset, span.size}; }
 
   // Gives a waiting value its place in the tree: strings and containers get their heap block now.
-  json_value Place(Pending& value) const {
+  json_value Place(Pending& value) {
     switch (value.index()) {
       case kText:
         return Access::Adopt(new std::string(Text(std::get<kText>(value))));
-      case kArray:
-        return Access::Adopt(new Array(std::move(std::get<kArray>(value))));
-      case kObject:
-        return Access::Adopt(new Object(std::move(std::get<kObject>(value))));
+      case kContainer: {
+        auto& container = m_containers[std::get<kContainer>(value).index];
+        if (auto* elements = std::get_if<Array>(&container)) {
+          return Access::Adopt(new Array(std::move(*elements)));
+        }
+        return Access::Adopt(new Object(std::move(std::get<Object>(container))));
+      }
       default:
         return std::move(std::get<json_value>(value));
     }
@@ -501,6 +515,7 @@ class Parser {
   std::vector<Pending> m_values;
   std::vector<TextSpan> m_keys;
   std::string m_texts;  // the byte stack of waiting strings and keys
+  std::vector<std::variant<Array, Object>> m_containers;
   std::vector<OpenContainer> m_open;
   std::vector<std::size_t> m_order;  // scratch of FillObject
 };
