@@ -45,6 +45,7 @@ TEST(JsonValueText, WritesEachKindOfScalar) {
       {json_value(1.0 / 3), "0.3333333333333333"},
       {json_value(1e16), "1e+16"},
       {json_value(9007199254740993.0), "9007199254740992"},
+      {json_value(1e34), "9.999999999999999e+33"},  // the double nearest 1e34 needs 17 digits
       {json_value(DBL_MIN), "2.225073858507201e-308"},
       {json_value(-DBL_MAX), "-1.797693134862316e+308"},
       {json_value(HUGE_VAL), "\"+inf\""},
