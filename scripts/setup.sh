@@ -16,7 +16,7 @@ packages=(
   libssl-dev  # the oracle of the digest and cipher tests; the library doesn't link it
 )
 if [[ "${1:-}" == "--bench" ]]; then
-  packages+=(libspdlog-dev)
+  packages+=(libspdlog-dev nlohmann-json3-dev rapidjson-dev)
 fi
 
 missing=()

@@ -24,6 +24,8 @@
 #include "zenutl/ini_file_section.h"
 #include "zenutl/istream_input_source.h"
 #include "zenutl/istream_input_stream.h"
+#include "zenutl/json_parse_exception.h"
+#include "zenutl/json_value.h"
 #include "zenutl/language_string.h"
 #include "zenutl/locales.h"
 #include "zenutl/log.h"
