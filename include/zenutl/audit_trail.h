@@ -102,6 +102,8 @@ class AuditTrail {
   std::vector<AuditTrailFinding> FindUnverifiedSessions() const;
   // Every child of the root, oldest first, with its events: the trail as a person reads it.
   std::vector<AuditTrailSessionRecord> GetSessionRecords() const;
+  // The number of children of the root, the open session included.
+  int CountSessions() const;
   // Whether the document's root is "AuditTrail" (in any ASCII case): false for well-formed XML
   // that is some other kind of document.
   bool HasAuditTrailRoot() const;

@@ -126,6 +126,10 @@ std::vector<AuditTrailSessionRecord> AuditTrail::GetSessionRecords() const {
   return records;
 }
 
+int AuditTrail::CountSessions() const {
+  return RootChildCount(*mDocument);
+}
+
 bool AuditTrail::HasAuditTrailRoot() const {
   return IsElementNamed(mDocument->GetRoot(), "AuditTrail");
 }

@@ -289,6 +289,7 @@ TEST_F(AuditTrailPersistence, SessionRecordsHoldWhatAPersonReads) {
 
   const std::vector<AuditTrailSessionRecord> records = wrapper.GetTrail()->GetSessionRecords();
   ASSERT_EQ(records.size(), 2u);
+  EXPECT_EQ(wrapper.GetTrail()->CountSessions(), 2);
   const AuditTrailSessionRecord& first = records[0];
   EXPECT_TRUE(first.isSession);
   EXPECT_EQ(std::string(first.project), "Assay 4");
