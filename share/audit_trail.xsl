@@ -34,7 +34,11 @@
       <body>
         <h1>Audit trail</h1>
         <p class="summary">
-          <xsl:value-of select="count(AuditTrail/Session)"/> sessions.
+          <xsl:value-of select="count(AuditTrail/Session)"/>
+          <xsl:choose>
+            <xsl:when test="count(AuditTrail/Session) = 1"> session.</xsl:when>
+            <xsl:otherwise> sessions.</xsl:otherwise>
+          </xsl:choose>
           <span class="note">Use <code>zenutl audit verify</code> to check their checksums.</span>
         </p>
         <xsl:apply-templates select="AuditTrail/Session"/>

@@ -98,8 +98,9 @@ int VerifyOne(const std::string& path, const std::string& label, bool asJson,
     json.push_back(entry + "]}");
   } else if (findings.empty()) {
     std::cout << path << ": verified: "
-              << (sessions == 0 ? "no sessions to check"
-                                : "all " + SessionsText(sessions) + " match their checksums")
+              << (sessions == 0
+                      ? "no sessions to check"
+                      : "every session matches its checksum (" + SessionsText(sessions) + ")")
               << "\n";
   } else {
     std::cout << path << ": FAILED: " << findings.size() << " of " << SessionsText(sessions)
