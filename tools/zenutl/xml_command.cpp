@@ -2,6 +2,7 @@
 // store the applications keep their settings in. Sections are elements and keys are their
 // attributes; a PATH names sections from the root down, "Settings/Recent[2]/File".
 #include <xercesc/dom/DOM.hpp>
+#include <xercesc/util/TransService.hpp>
 
 #include <iostream>
 #include <map>
@@ -18,11 +19,11 @@ XERCES_CPP_NAMESPACE_USE
 namespace zenutl_tool {
 namespace {
 
+// DOM text as UTF-8, the form of every narrow text of the library.
 std::string Narrow(const XMLCh* text) {
-  char* narrow = XMLString::transcode(text);
-  std::string result = narrow ? narrow : "";
-  XMLString::release(&narrow);
-  return result;
+  if (!text) return std::string();
+  TranscodeToStr utf8(text, "UTF-8");
+  return reinterpret_cast<const char*>(utf8.str());
 }
 
 struct PathStep {
@@ -153,7 +154,8 @@ CommandGroup XmlCommands() {
   const char* kPaths =
       "PATH names sections (elements) from the root element down, separated by '/'; where\n"
       "several share a name, NAME[N] picks the N-th, from 1. Keys are the attributes of a\n"
-      "section. A missing section or key is a finding: exit status 1.";
+      "section. A missing section or key is a finding: exit status 1. The store reaches\n"
+      "only sections whose names are plain ASCII; others are listed but can't be entered.";
   CommandGroup group{"xml", "read XML configuration files", {}};
   group.commands.push_back({{"xml get",
                              "FILE PATH",
