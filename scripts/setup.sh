@@ -17,7 +17,7 @@ packages=(
   chromium  # the trail viewer's test renders a saved trail in a real browser
 )
 if [[ "${1:-}" == "--bench" ]]; then
-  packages+=(libspdlog-dev)
+  packages+=(libspdlog-dev nlohmann-json3-dev rapidjson-dev)
 fi
 
 missing=()

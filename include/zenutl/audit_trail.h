@@ -10,12 +10,23 @@
 // Applications usually reach it through `AuditTrailWrapper`; settings come from a
 // `ConfigurationSection` through `AuditTrailSettings`.
 //
+// Texts are UTF-8. Every character that XML 1.0 cannot carry is recorded as U+FFFD, in messages,
+// details, the project and the extended user information alike: the C0 controls other than tab
+// and line feed (carriage returns are removed), U+FFFE and U+FFFF. No recorded text can make a
+// later save fail.
+//
 // Errors: recording never reports (an event that cannot be recorded is dropped). `Load` tells
-// the user through `UserComm` and clears the trail when the stored trail cannot be read. `Read`
+// the user through `UserComm` and clears the trail when the stored trail cannot be read; the
+// unreadable file or stream is not deleted but moved aside to "<name>.damaged-<UTC time>"
+// ("trail.xml.damaged-20261123T120000Z"), and the process log says where. Should it stay where it
+// is (it cannot be moved), `Save` leaves it alone. `Read`
 // and `CopyContent` throw `Exception` and leave the document as it was. `Save` to a file writes
 // a temporary file beside the target and renames it over, so a failed save leaves the previous
-// file whole and `IsModified` true. `EndSession` lets XML errors reach the caller. No operation
-// is thread-safe: one thread drives a trail.
+// file whole and `IsModified` true. `EndSession` lets XML errors reach the caller. A stored trail
+// is read with the guards of the library's XML parser: no DTD or external entity is ever read,
+// the nesting of elements is bounded, and the input stays within the XML input limit
+// (xml_input_limit.h); a trail that breaks them is unreadable. No operation is thread-safe: one
+// thread drives a trail.
 #ifndef ZENUTL_AUDIT_TRAIL_H_
 #define ZENUTL_AUDIT_TRAIL_H_
 
@@ -83,7 +94,8 @@ class AuditTrail {
   // session's events are nested into the new event.
   virtual void AddEvent(const char* message, const char* details, AuditTrail* subTrail);
   void SetProject(const char* name);
-  // Deletes the stored trail and starts over with a new session and "Audit Trail cleared.".
+  // Deletes the stored trail (never a folder standing in its place) and starts over with a new
+  // session and "Audit Trail cleared.".
   void Clear();
 
   // True when every closed session still matches its "CheckSum"; otherwise records the finding
@@ -146,6 +158,8 @@ class AuditTrail {
 
  private:
   void ResetDocument();
+  // A new document with a new session and the event "Audit Trail cleared.".
+  void StartOver();
   bool HasStore() const;
 
   boost::shared_ptr<AuditTrailDocument> mDocument;

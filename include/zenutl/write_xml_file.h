@@ -21,7 +21,8 @@
 
 // Writes `node` and its subtree to `stream`.
 bool WriteXMLFile(std::ostream& stream, xercesc::DOMNode const* node, bool prettyPrint);
-// Appends `node` and its subtree to `text`.
+// Appends `node` and its subtree to `text`, always in UTF-8 like every narrow text of the
+// library: a document read from UTF-16 is given as UTF-8 text, its declaration saying so.
 bool WriteXMLFile(CString& text, xercesc::DOMNode const* node, bool prettyPrint);
 
 #endif  // ZENUTL_WRITE_XML_FILE_H_

@@ -24,8 +24,14 @@
 // Section names match element names only when they are plain ASCII: a name with a byte above
 // 0x7F matches nothing (so `ChangeSection` with it appends a new element on every call). Narrow
 // key names and values are UTF-8, like every narrow text of the library; wide ones are UTF-32.
-// Documents are parsed with the guards of the library's XML parser: no network access, bounded
-// entity expansion and nesting (see the constructors).
+// Every character of a value that XML 1.0 cannot carry is stored as U+FFFD: the C0 controls
+// other than tab, line feed and carriage return, U+FFFE, U+FFFF and unpaired surrogates (bytes
+// that are not UTF-8 are read as Latin-1 letters, which XML carries). So "a\x01b" reads back as
+// "a\xEF\xBF\xBDb", and no value can make a later `Flush` fail.
+// Documents are parsed with the guards of the library's XML parser: nothing outside the document
+// is read (no external entity, no network access; only a local external DTD when the caller asks
+// for it), entity expansion and the nesting of elements are bounded, and so is the size of the
+// input (xml_input_limit.h).
 //
 // Error contract: reads answer false for a missing key or on the document node. Parsing
 // constructors throw `Exception` with the text "An error occurred during parsing\nMessage: "
@@ -71,16 +77,20 @@ class XMLSection : public ConfigurationSection {
   static void Terminate();
   // "zxl", the conventional file extension of the format, without a dot.
   static CString ZentricsXMLExtension();
-  // Parses `text` (as with a stream, with the external DTD loaded if it is local) into a new
-  // section owned by the caller. Throws the parse Exception for malformed text.
+  // Parses `text` (as with a stream, with the external DTD loaded if it is a local file) into a
+  // new section owned by the caller. Throws the parse Exception for malformed text.
   static XMLSection* CreateXMLSectionFromString(const char* text);
 
   // A new empty document, with no file name.
   XMLSection();
-  // The document in the file `path` (Windows or Linux form). A file that can't be opened gives an
-  // empty document that `Flush()` will create; the path is always kept for `Flush()`.
-  // `loadExternalDtd` loads an external DTD named by the document when it is a local file; one
-  // on another machine is never fetched and fails the parse.
+  // The document in the file `path` (Windows or Linux form). A missing file gives an empty
+  // document that `Flush()` will create; the path is always kept for `Flush()`. A file that is
+  // there but can't be read now (no permission, no file handles left, a folder) also gives an
+  // empty document, but `Flush()` then answers false and never replaces it.
+  // `loadExternalDtd` loads an external DTD named by the document when it is a regular file on
+  // this machine (a relative name is taken from the document's folder); any other DTD fails the
+  // parse, and without `loadExternalDtd` the DTD is not looked at. An external entity, general
+  // or parameter, always fails the parse: its file is never opened.
   XMLSection(const char* path, bool loadExternalDtd);
   // The document read from the stream's current position to its end; no file name.
   XMLSection(std::istream& stream, bool loadExternalDtd);
@@ -129,7 +139,8 @@ class XMLSection : public ConfigurationSection {
   // Writes the whole document, pretty-printed, into the stream; the serialiser's result.
   bool Flush(std::ostream& stream) const;
   // Appends the whole document, or with `currentNodeOnly` the current node and its subtree,
-  // pretty-printed, to `text`, and then removes every line feed from `text`.
+  // pretty-printed, to `text` in UTF-8 (whatever the file's encoding), and then removes every line
+  // feed from `text`.
   bool Flush(CString& text, bool currentNodeOnly) const;
   // False if the position has children of any kind; otherwise true when it has no attributes.
   bool IsEmpty() const override;

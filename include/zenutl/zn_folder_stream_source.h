@@ -19,7 +19,9 @@
 // replaces the file as a whole (temporary file, then rename) when it is flushed or deleted, so
 // readers never see half of it and a failed write leaves the previous file whole; the failure
 // shows as badbit after the flush, which the caller checks before deleting the stream. Append
-// streams write to the file directly.
+// streams write to the file directly. The hidden temporaries of such replacements
+// (".<name>.tmp.<pid>.<n>.<attempt>") are never streams: `ListStreams` skips them, and one that
+// a killed writer left behind is removed by the next write beside it.
 #ifndef ZENUTL_ZN_FOLDER_STREAM_SOURCE_H_
 #define ZENUTL_ZN_FOLDER_STREAM_SOURCE_H_
 

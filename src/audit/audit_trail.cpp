@@ -4,11 +4,14 @@
 
 #include <xercesc/util/PlatformUtils.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 
 #include "audit/audit_trail_document.h"
 #include "audit/audit_xml.h"
+#include "config/guarded_dom_parser.h"
+#include "platform/file_calls.h"
 #include "platform/native_path.h"
 #include "zenutl/path_functions.h"
 #include "zenutl/rolling_checksum.h"
@@ -70,6 +73,16 @@ void StampDateAndUtc(DOMElement* element) {
 }  // namespace
 
 namespace {
+
+// Whether an event appended to `events`, with its "Details" and the sub-trail's `nested`
+// "Events" (may be null), stays within the depth the library's parser reads back. An event that
+// would not is dropped, as every event is that cannot be recorded: a trail saved with it could
+// never be loaded again.
+bool FitsTheDepthBound(const DOMElement* events, const DOMElement* nested) {
+  const int eventDepth = ElementDepth(events) + 1;
+  const int below = std::max(1, SubtreeElementDepth(nested));  // "Details" or the nested events
+  return eventDepth + below <= static_cast<int>(config::kElementDepthLimit);
+}
 
 void DestroyAuditTrailDocument(AuditTrailDocument* record) {
   if (record->parser) {
@@ -241,6 +254,9 @@ void AuditTrail::AddEvent(const char* message, const char* details, AuditTrail* 
     DOMDocument* document = mDocument->GetDocument();
     DOMElement* events = FindChildElement(mDocument->session, "Events");
     if (!events) return;  // a session damaged by hand: nothing to record into
+    DOMElement* nested =
+        subTrail ? FindChildElement(subTrail->mDocument->session, "Events") : nullptr;
+    if (!FitsTheDepthBound(events, nested)) return;
     DOMElement* event = document->createElement(XmlText("Event"));
     StampDateAndUtc(event);
     events->appendChild(event);
@@ -250,10 +266,7 @@ void AuditTrail::AddEvent(const char* message, const char* details, AuditTrail* 
     if (!detailsText.IsEmpty()) {
       detailsElement->appendChild(document->createTextNode(XmlText(detailsText)));
     }
-    if (subTrail) {
-      DOMElement* nested = FindChildElement(subTrail->mDocument->session, "Events");
-      if (nested) event->appendChild(document->importNode(nested, true));
-    }
+    if (nested) event->appendChild(document->importNode(nested, true));
     DeleteCheckSum();
     mModified = true;
     if (HasStore()) msAuditTrailEventAdded(this);
@@ -314,8 +327,13 @@ void AuditTrail::Clear() {
   if (mStreamSource) {
     mStreamSource->DeleteStream(mFileName);
   } else {
-    std::remove(zenutl::platform::ToNativePath(mFileName.GetString()).c_str());
+    // unlink, not remove: a folder that stands where the trail should is never deleted.
+    zenutl::platform::Unlink(zenutl::platform::ToNativePath(mFileName.GetString()).c_str());
   }
+  StartOver();
+}
+
+void AuditTrail::StartOver() {
   ResetDocument();
   BeginSession();
   AddEvent("Audit Trail cleared.", nullptr, nullptr);

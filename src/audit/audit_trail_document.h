@@ -16,6 +16,9 @@ struct AuditTrailDocument {
   xercesc::DOMDocument* document = nullptr;
   // The open "Session" element, or null.
   xercesc::DOMElement* session = nullptr;
+  // Set when a stored trail that Load could not read could not be moved aside either: saving
+  // would overwrite it, so Save doesn't until a Load succeeds.
+  bool keepStoredTrail = false;
 
   xercesc::DOMDocument* GetDocument() const { return parser ? parser->getDocument() : document; }
   xercesc::DOMElement* GetRoot() const {

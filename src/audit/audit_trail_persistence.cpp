@@ -3,23 +3,31 @@
 #include <xercesc/sax/SAXException.hpp>
 #include <xercesc/util/XMLException.hpp>
 
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
 #include <fstream>
 #include <memory>
 #include <sstream>
 
 #include "audit/audit_trail_document.h"
 #include "audit/audit_xml.h"
+#include "file/file_io.h"
 #include "platform/atomic_file.h"
+#include "platform/file_calls.h"
+#include "platform/file_system.h"
 #include "platform/native_path.h"
 #include "zenutl/audit_trail.h"
 #include "zenutl/exception.h"
 #include "zenutl/fn_class.h"
 #include "zenutl/istream_input_source.h"
+#include "zenutl/log.h"
 #include "zenutl/path_functions.h"
 #include "zenutl/user_comm.h"
 #include "zenutl/write_xml_file.h"
-#include "zenutl/zn_file.h"
 #include "zenutl/zn_stream_source.h"
 
 XERCES_CPP_NAMESPACE_USE
@@ -56,10 +64,11 @@ bool FindLastEventMessage(const DOMNode* session, const DOMNode*& message) {
   return true;
 }
 
-// A parser hardened against documents that reach for the network or expand without bound.
+// A parser hardened against documents that reach beyond themselves or grow without bound. A
+// trail names no DTD, so none is ever loaded for one.
 std::unique_ptr<zenutl::config::GuardedDOMParser> MakeParser() {
   return std::unique_ptr<zenutl::config::GuardedDOMParser>(
-      new zenutl::config::GuardedDOMParser(true));
+      new zenutl::config::GuardedDOMParser(false));
 }
 
 // The whole text of `node`, or false when the serialiser could not write all of it (a text
@@ -69,6 +78,73 @@ bool WriteDocumentText(const DOMNode* node, std::string& text) {
   if (!WriteXMLFile(out, node, false) || !out) return false;
   text = out.str();
   return true;
+}
+
+// "trail.xml" => "trail.xml.damaged-20261123T120000Z": where a trail that could not be read is
+// kept, stamped in UTC so that such names sort by time. Another one in the same second takes
+// "-2", "-3" and so on.
+CString DamagedName(const CString& name, std::time_t when, int attempt) {
+  std::tm utc{};
+  gmtime_r(&when, &utc);
+  char stamp[32];
+  std::strftime(stamp, sizeof stamp, "%Y%m%dT%H%M%SZ", &utc);
+  CString damaged;
+  damaged.Format("%s.damaged-%s", name.GetString(), stamp);
+  if (attempt > 1) damaged.AppendFormat("-%d", attempt);
+  return damaged;
+}
+
+void LogSetAside(const CString& text) {
+  Log::WriteMessage("AuditTrail", "Load", text, Log::Error, true);
+}
+
+// The damaged name the stream now has, or "" when it could not be renamed.
+CString MoveStreamAside(ZnStreamSource& source, const CString& name, std::time_t now) {
+  for (int attempt = 1; attempt < 100; ++attempt) {
+    const CString candidate = DamagedName(name, now, attempt);
+    if (source.StreamExists(candidate)) continue;
+    return source.RenameStream(name, candidate) ? candidate : CString();
+  }
+  return CString();
+}
+
+// The damaged name the file now has, or "" with errno set when it could not be renamed.
+CString MoveFileAside(const std::string& nativePath, const CString& name, std::time_t now) {
+  for (int attempt = 1; attempt < 100; ++attempt) {
+    const CString candidate = DamagedName(name, now, attempt);
+    const std::string nativeCandidate = zenutl::platform::ToNativePath(candidate.GetString());
+    if (zenutl::platform::RenameNoReplace(nativePath.c_str(), nativeCandidate.c_str()) == 0) {
+      return candidate;
+    }
+    if (errno != EEXIST) return CString();
+  }
+  return CString();
+}
+
+// Moves a stored trail that could not be read to its damaged name and logs where it went.
+// Answers false when the bytes are still in the trail's place, where a save would overwrite
+// them; a folder standing in that place is never touched, and nothing can be saved over it.
+bool SetAsideUnreadableTrail(ZnStreamSource* source, const CString& name) {
+  const std::time_t now = std::time(nullptr);
+  const std::string nativePath = zenutl::platform::ToNativePath(name.GetString());
+  struct stat info;
+  if (source ? !source->StreamExists(name) : lstat(nativePath.c_str(), &info) != 0) return true;
+  if (!source && S_ISDIR(info.st_mode)) {
+    LogSetAside("The Audit Trail '" + name + "' is a folder; it was left as it is.");
+    return true;
+  }
+  const CString moved =
+      source ? MoveStreamAside(*source, name, now) : MoveFileAside(nativePath, name, now);
+  const int reason = source ? 0 : errno;  // a stream source tells no reason
+  if (!moved.IsEmpty()) {
+    LogSetAside("The Audit Trail '" + name + "' could not be read; it was moved to '" + moved +
+                "'.");
+    return true;
+  }
+  CString text("The Audit Trail '" + name + "' could not be read, nor moved aside");
+  if (reason != 0) text += CString(" (") + std::strerror(reason) + ")";
+  LogSetAside(text + "; it will not be saved over.");
+  return false;
 }
 
 }  // namespace
@@ -109,6 +185,10 @@ void AuditTrail::Load() {
     } else if (access(nativePath.c_str(), F_OK) != 0) {
       mFileMissing = true;
       return;
+    } else if (!zenutl::file::FileDescriptor(zenutl::file::OpenFileForReading(mFileName)).valid()) {
+      // There but not readable now (a folder in its place, no file handles left): unreadable,
+      // with the system's reason, and without handing the parser what it cannot open.
+      throw Exception(zenutl::platform::SystemErrorText(errno).c_str());
     }
     if (!mDocument->parser) {
       mDocument->parser = MakeParser().release();
@@ -122,6 +202,7 @@ void AuditTrail::Load() {
       mDocument->parser->ParseFile(nativePath);
     }
     mDocument->session = nullptr;
+    mDocument->keepStoredTrail = false;
   } catch (const XMLException& e) {
     error = ToCString(e.getMessage());
   } catch (const DOMException& e) {
@@ -135,7 +216,11 @@ void AuditTrail::Load() {
   CString text;
   text.Format(kLoadFailureFormat, error.GetString());
   UserComm::GetUserComm()->FatalError(text, "Audit Trail");
-  Clear();
+  // Cleared, but not deleted: a flipped byte, or a load that met a passing shortage of file
+  // handles, must not cost the history. What cannot be moved aside is not saved over.
+  const bool setAside = SetAsideUnreadableTrail(mStreamSource, mFileName);
+  StartOver();
+  mDocument->keepStoredTrail = !setAside;
 }
 
 void AuditTrail::LoadAndUpdateLogEventsFromData() {
@@ -178,6 +263,7 @@ void AuditTrail::Save() {
   // The whole text first, then one replacement of the stored trail: a failure part-way leaves
   // the previous trail as it was, and the modified flag tells the caller that nothing was saved.
   std::string text;
+  if (mDocument->keepStoredTrail) return;
   if (!WriteDocumentText(mDocument->GetDocument(), text)) return;
   if (mStreamSource) {
     std::unique_ptr<std::ostream> stream(mStreamSource->OpenOutputStream(mFileName));
@@ -213,15 +299,16 @@ void AuditTrail::SaveAs(const char* fileName) {
 }
 
 void AuditTrail::CopyContent(AuditTrail* other) {
-  const CString tempName = ZnFile::GetTempFileNameA("AuditTemp.xml");
-  const std::string nativeTemp = zenutl::platform::ToNativePath(tempName.GetString());
-  std::fstream stream(nativeTemp,
-                      std::ios::in | std::ios::out | std::ios::trunc | std::ios::binary);
-  if (!stream) {
-    std::remove(nativeTemp.c_str());
-    throw Exception(kCopyContentFailed);
-  }
+  // A temporary of this copy's own, made exclusively and held locked: two copies at once, in
+  // one process or two, must never read each other's documents.
+  std::string nativeTemp;
+  const int held = zenutl::platform::CreateTemporaryBeside(
+      zenutl::platform::ToNativePath(zenutl::platform::GetTempPath() + "AuditTemp.xml"),
+      nativeTemp);
+  if (held < 0) throw Exception(kCopyContentFailed);
+  std::fstream stream(nativeTemp, std::ios::in | std::ios::out | std::ios::binary);
   try {
+    if (!stream) throw Exception(kCopyContentFailed);
     other->Save(stream);
     if (!stream.good()) throw Exception(kCopyContentFailed);
     stream.seekg(0);
@@ -239,9 +326,11 @@ void AuditTrail::CopyContent(AuditTrail* other) {
     mSettings = other->mSettings;
   } catch (...) {
     stream.close();
-    std::remove(nativeTemp.c_str());
+    unlink(nativeTemp.c_str());
+    close(held);
     throw;
   }
   stream.close();
   unlink(nativeTemp.c_str());
+  close(held);
 }

@@ -5,11 +5,7 @@
 namespace zenutl {
 namespace audit {
 
-XmlText::XmlText(const char* text) : mText(config::XmlFromUtf8(text)) {
-  for (XMLCh& unit : mText) {
-    if (unit < 0x20 && unit != 0x09 && unit != 0x0A && unit != 0x0D) unit = 0xFFFD;
-  }
-}
+XmlText::XmlText(const char* text) : mText(config::XmlContentFromUtf8(text)) {}
 
 CString ToCString(const XMLCh* text) {
   return CString(config::Utf8FromXml(text));
@@ -44,6 +40,46 @@ xercesc::DOMElement* FindChildElement(const xercesc::DOMNode* parent, const char
     if (IsElementNamed(child, name)) return static_cast<xercesc::DOMElement*>(child);
   }
   return nullptr;
+}
+
+int ElementDepth(const xercesc::DOMNode* node) {
+  int depth = 0;
+  for (; node; node = node->getParentNode()) {
+    if (node->getNodeType() == xercesc::DOMNode::ELEMENT_NODE) ++depth;
+  }
+  return depth;
+}
+
+int SubtreeElementDepth(const xercesc::DOMNode* element) {
+  if (!element) return 0;
+  int depth = 1;
+  int deepest = 1;
+  const xercesc::DOMNode* current = element;
+  for (;;) {
+    const xercesc::DOMNode* child = current->getFirstChild();
+    while (child && child->getNodeType() != xercesc::DOMNode::ELEMENT_NODE) {
+      child = child->getNextSibling();
+    }
+    if (child) {
+      current = child;
+      if (++depth > deepest) deepest = depth;
+      continue;
+    }
+    // Up until an element sibling turns up, or the walk is back at the start.
+    for (;;) {
+      if (current == element) return deepest;
+      const xercesc::DOMNode* sibling = current->getNextSibling();
+      while (sibling && sibling->getNodeType() != xercesc::DOMNode::ELEMENT_NODE) {
+        sibling = sibling->getNextSibling();
+      }
+      if (sibling) {
+        current = sibling;
+        break;
+      }
+      current = current->getParentNode();
+      --depth;
+    }
+  }
 }
 
 }  // namespace audit

@@ -11,9 +11,9 @@ namespace zenutl {
 namespace audit {
 
 // A library text as DOM text, for the duration of one DOM call. The trail's texts are UTF-8,
-// the local code page here. Control characters that XML cannot carry (all below 0x20 but tab,
-// line feed and carriage return) become U+FFFD: stored as they are, they would make every later
-// save of the trail fail, and with it the whole session.
+// the local code page here. Every character that XML 1.0 cannot carry becomes U+FFFD (see
+// config::XmlContentFromUtf8): stored as it is, it would make every later save of the trail
+// fail, and with it the rest of the session and every later one.
 class XmlText {
  public:
   explicit XmlText(const char* text);
@@ -37,6 +37,13 @@ xercesc::DOMElement* FindChildElement(const xercesc::DOMNode* parent, const char
 
 // Whether `node` is an element named `name` (ignoring case).
 bool IsElementNamed(const xercesc::DOMNode* node, const char* name);
+
+// The depth of `node` among elements: 1 for the document element, 0 for the document node.
+int ElementDepth(const xercesc::DOMNode* node);
+
+// How many levels of elements `element` and its descendants span: 1 for an element without
+// element children. Walks without recursion.
+int SubtreeElementDepth(const xercesc::DOMNode* element);
 
 }  // namespace audit
 }  // namespace zenutl

@@ -6,6 +6,7 @@
 #include <cctype>
 #include <fstream>
 #include <memory>
+#include <sstream>
 #include <string>
 
 #include "platform/atomic_file.h"
@@ -125,8 +126,7 @@ bool ZnFolderStreamSource::RenameStream(const char* oldName, const char* newName
   return !ec;
 }
 
-// The copy goes to a temporary file beside the target first and is then renamed over it, so an
-// interrupted copy never leaves the target half written.
+// The copy replaces the target as OpenOutputStream's streams do: whole, or not at all.
 bool ZnFolderStreamSource::CopyStream(const char* sourceName, const char* targetName) {
   if (mReadOnly) return false;
   const std::string from = NativePathOf(sourceName);
@@ -134,17 +134,11 @@ bool ZnFolderStreamSource::CopyStream(const char* sourceName, const char* target
   if (!IsRegularFile(from) || to.empty() || !MayReplace(to)) return false;
   if (IsSameFile(from, to)) return true;
   if (!CreateParentFolders(to)) return false;
-  boost::system::error_code ec;
-  const fs::path temporary = fs::unique_path(to + ".%%%%-%%%%.copy", ec);
-  if (ec) return false;
-  fs::copy_file(from, temporary, fs::copy_options::none, ec);
-  if (!ec) fs::rename(temporary, to, ec);
-  if (ec) {
-    boost::system::error_code ignored;
-    fs::remove(temporary, ignored);
-    return false;
-  }
-  return true;
+  std::ifstream in(from, std::ios::in | std::ios::binary);
+  std::ostringstream content;
+  content << in.rdbuf();
+  if (!in || !content) return false;
+  return zenutl::platform::WriteFileAtomically(to, content.str(), nullptr);
 }
 
 bool ZnFolderStreamSource::ListStreams(std::vector<CString>& names) const {
@@ -165,6 +159,8 @@ bool ZnFolderStreamSource::ListStreams(std::vector<CString>& names) const {
   for (; !ec && entry != fs::recursive_directory_iterator(); entry.increment(ec)) {
     boost::system::error_code statusError;
     if (!fs::is_regular_file(entry->status(statusError))) continue;
+    // A writer's temporary is no stream, whether it is still being written or was abandoned.
+    if (zenutl::platform::IsTemporaryName(entry->path().filename().string())) continue;
     std::string relative = entry->path().string().substr(root.size());
     if (!relative.empty() && relative[0] == '/') relative.erase(0, 1);
     found.push_back(CString(zenutl::platform::FromNativePath(relative)));

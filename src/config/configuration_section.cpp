@@ -290,13 +290,17 @@ namespace ConfigurationSectionUtilities {
 ConfigurationSection* CreateSubSection(const ConfigurationSection* section, const char* path) {
   CString rest(path);
   const ConfigurationSection* current = section;
+  // The cursor reached so far when it is not the caller's; a step that throws (an illegal name
+  // in an XML store) must not take it, and the document it holds, with it.
+  std::unique_ptr<ConfigurationSection> intermediate;
   ConfigurationSection* reached = nullptr;
   do {
     const CString component = ZnString::SplitString(rest, '/');
     reached = current->CreateSubSection(component);
-    if (current != section && current != reached) delete current;
+    if (reached != intermediate.get()) intermediate.reset(reached != section ? reached : nullptr);
     current = reached;
   } while (reached != nullptr && !rest.IsEmpty());
+  intermediate.release();
   return reached;
 }
 

@@ -16,6 +16,8 @@ struct XMLDocumentState {
   boost::shared_ptr<xercesc::XercesDOMParser> mpParser;
   xercesc::DOMDocument* mpDocument = nullptr;  // set only when there is no parser
   CString mFileName;                           // empty unless built from a path
+  // The file was there but could not be read: Flush must not replace it with what is here.
+  bool mFileUnreadable = false;
 
   XMLDocumentState() = default;
   XMLDocumentState(const XMLDocumentState&) = delete;

@@ -38,7 +38,12 @@ void SetFeatureIfAllowed(xercesc::DOMConfiguration* config, const XMLCh* name, b
   if (config->canSetParameter(name, value)) config->setParameter(name, value);
 }
 
-bool Serialise(xercesc::XMLFormatTarget* target, const DOMNode* node, bool prettyPrint) {
+// The text form: the library's narrow texts are UTF-8, whatever the document's own encoding.
+const XMLCh kTextEncoding[] = {u'U', u'T', u'F', u'-', u'8', 0};
+
+// `encoding` null leaves the choice to the serialiser.
+bool Serialise(xercesc::XMLFormatTarget* target, const DOMNode* node, bool prettyPrint,
+               const XMLCh* encoding = kEncoding) {
   XMLCh features[100];
   xercesc::XMLString::transcode("LS", features, 99);
   xercesc::DOMImplementation* implementation =
@@ -51,7 +56,7 @@ bool Serialise(xercesc::XMLFormatTarget* target, const DOMNode* node, bool prett
   xercesc::DOMLSOutput* output =
       factory->createLSOutput(xercesc::XMLPlatformUtils::fgMemoryManager);
   serializer->setNewLine(kNewLine);
-  output->setEncoding(kEncoding);
+  output->setEncoding(encoding);
 
   std::unique_ptr<DOMPrintFilter> filter;
   if (kUseFilter) {
@@ -92,7 +97,7 @@ bool WriteXMLFile(std::ostream& stream, DOMNode const* node, bool prettyPrint) {
 
 bool WriteXMLFile(CString& text, DOMNode const* node, bool prettyPrint) {
   std::unique_ptr<CStringFormatTarget> target(new CStringFormatTarget(text));
-  return Serialise(target.get(), node, prettyPrint);
+  return Serialise(target.get(), node, prettyPrint, kTextEncoding);
 }
 
 DOMSerializerFormatTarget::DOMSerializerFormatTarget(std::ostream& stream) : mStream(&stream) {}

@@ -10,6 +10,7 @@
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
+#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -41,8 +42,9 @@ using zenutl::config::AppendUtf8;
 using zenutl::config::GuardedDOMParser;
 using zenutl::config::Utf8FromXml;
 using zenutl::config::WideFromXml;
+using zenutl::config::XmlContentFromUtf8;
+using zenutl::config::XmlContentFromWide;
 using zenutl::config::XmlFromUtf8;
-using zenutl::config::XmlFromWide;
 using zenutl::config::XmlName;
 using zenutl::config::XmlString;
 
@@ -157,12 +159,15 @@ XMLSection::XMLSection(const char* path, bool loadExternalDtd)
   std::unique_ptr<XMLDocumentState> state(new XMLDocumentState);
   state->mFileName = path;
   const std::string nativePath = zenutl::platform::ToNativePath(path ? path : "");
-  // Only a readable file is parsed; anything else, a folder included, is a file still to be made.
+  // Only a readable file is parsed. Anything else starts as an empty document; but only a
+  // missing file is one that Flush may create: a file that is there and cannot be read now (no
+  // permission, no file handles left, a folder in its place) is the user's, and is kept.
   if (zenutl::file::FileDescriptor(zenutl::file::OpenFileForReading(path ? path : "")).valid()) {
     boost::shared_ptr<GuardedDOMParser> parser(new GuardedDOMParser(loadExternalDtd));
     parser->ParseFile(nativePath);
     state->mpParser = parser;
   } else {
+    state->mFileUnreadable = errno != ENOENT;
     state->mpDocument = NewEmptyDocument();
   }
   AdoptDocumentState(state.release());
@@ -332,7 +337,7 @@ bool XMLSection::DeleteSection() {
 bool XMLSection::Flush() const {
   if (mpState->mFileName.IsEmpty()) throw Exception(kNotFlushable);
   const DOMDocument* document = mpState->Document();
-  if (!document) return false;
+  if (!document || mpState->mFileUnreadable) return false;
   std::ostringstream text;
   if (!WriteXMLFile(text, document, true)) return false;
   // The file is replaced in one step: a full disk or a crash leaves the old file whole.
@@ -454,11 +459,11 @@ bool SetAttribute(DOMNode* node, const char* key, const XmlString& value) {
 }  // namespace
 
 bool XMLSection::WriteKey(const char* key, const wchar_t* value) {
-  return SetAttribute(mpCurrentNode->mpNode, key, XmlFromWide(value));
+  return SetAttribute(mpCurrentNode->mpNode, key, XmlContentFromWide(value));
 }
 
 bool XMLSection::WriteKey(const char* key, const char* value) {
-  return SetAttribute(mpCurrentNode->mpNode, key, XmlFromUtf8(value));
+  return SetAttribute(mpCurrentNode->mpNode, key, XmlContentFromUtf8(value));
 }
 
 bool XMLSection::WriteInt(const char* key, int value) {
@@ -470,7 +475,17 @@ bool XMLSection::WriteInt(const char* key, int value) {
 // --- Copying ---------------------------------------------------------------------------------
 
 bool XMLSection::WriteToSection(ConfigurationSection* target) const {
-  return WriteToSection(mpCurrentNode, target);
+  const XMLSection* sameStore = dynamic_cast<const XMLSection*>(target);
+  DOMNode* source = mpCurrentNode->mpNode;
+  if (!sameStore || sameStore->mpState != mpState || !source) {
+    return WriteToSection(mpCurrentNode, target);
+  }
+  // A target in this document may lie below the source, where the copy would meet the children
+  // it creates and copy them again, without end: copy the source as it was before the copy.
+  std::unique_ptr<DOMNode, void (*)(DOMNode*)> snapshot(source->cloneNode(true),
+                                                        [](DOMNode* node) { node->release(); });
+  const CurrentNode before = {snapshot.get()};
+  return WriteToSection(&before, target);
 }
 
 bool XMLSection::WriteToSection(const CurrentNode* node, ConfigurationSection* target) const {

@@ -151,6 +151,34 @@ std::wstring WideFromXml(const XMLCh* text) {
   return out;
 }
 
+XmlString XmlContentFromUtf8(const char* text) {
+  XmlString content = XmlFromUtf8(text);
+  ReplaceCharactersXmlCannotCarry(content);
+  return content;
+}
+
+XmlString XmlContentFromWide(const wchar_t* text) {
+  XmlString content = XmlFromWide(text);
+  ReplaceCharactersXmlCannotCarry(content);
+  return content;
+}
+
+void ReplaceCharactersXmlCannotCarry(XmlString& text) {
+  const std::size_t length = text.size();
+  for (std::size_t i = 0; i < length; ++i) {
+    const XMLCh unit = text[i];
+    if (unit >= 0x20 && unit < 0xD800) continue;  // nearly all text
+    if (unit == 0x09 || unit == 0x0A || unit == 0x0D) continue;
+    if (unit >= 0xD800 && unit <= 0xDBFF && i + 1 < length && text[i + 1] >= 0xDC00 &&
+        text[i + 1] <= 0xDFFF) {
+      ++i;  // a whole pair
+      continue;
+    }
+    if (unit >= 0xE000 && unit <= 0xFFFD) continue;
+    text[i] = static_cast<XMLCh>(kReplacement);
+  }
+}
+
 XmlName::XmlName(const char* name) {
   const std::size_t length = name ? std::strlen(name) : 0;
   if (length < 64 && IsAscii(name, length)) {

@@ -1,22 +1,32 @@
 #include <gtest/gtest.h>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <memory>
 #include <regex>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "audit/audit_test_support.h"
+#include "config/file_probes.h"
+#include "config/guarded_dom_parser.h"
+#include "config/local_listener.h"
 #include "support/child_process.h"
 #include "support/exception_matchers.h"
+#include "support/file_handle_shortage.h"
 #include "support/temp_dir.h"
+#include "support/unprivileged_user.h"
 #include "zenutl/audit_trail.h"
 #include "zenutl/audit_trail_wrapper.h"
 #include "zenutl/exception.h"
+#include "zenutl/log.h"
 #include "zenutl/system_info.h"
+#include "zenutl/xml_input_limit.h"
 #include "zenutl/zn_folder_stream_source.h"
 
 namespace {
@@ -331,7 +341,23 @@ TEST_F(AuditTrailPersistence, MissingFileOnlySetsTheFlag) {
   EXPECT_TRUE(trail.IsEmpty());
 }
 
-TEST_F(AuditTrailPersistence, UnreadableFileIsReportedAndTheTrailCleared) {
+// The names in `folder` of trails that were moved aside as damaged, "<name>.damaged-<UTC>".
+std::vector<std::string> DamagedIn(const boost::filesystem::path& folder, const std::string& name) {
+  const std::regex damaged(std::regex_replace(name, std::regex("\\."), "\\.") +
+                           "\\.damaged-[0-9]{8}T[0-9]{6}Z");
+  std::vector<std::string> found;
+  for (auto& entry : boost::filesystem::directory_iterator(folder)) {
+    const std::string file = entry.path().filename().string();
+    if (std::regex_match(file, damaged)) found.push_back(file);
+  }
+  return found;
+}
+
+// A trail that cannot be read is cleared and the user told, but its bytes are not destroyed:
+// they are moved aside to a name that says the trail was damaged and when.
+TEST_F(AuditTrailPersistence, UnreadableFileIsReportedClearedAndMovedAside) {
+  std::string flipped = ReadWholeFile(RecordTrail(1));
+  flipped[flipped.find("<Events>") + 1] ^= 0x20;  // "<events>" no longer matches "</Events>"
   struct Row {
     const char* what;
     std::string content;
@@ -340,6 +366,7 @@ TEST_F(AuditTrailPersistence, UnreadableFileIsReportedAndTheTrailCleared) {
       {"binary", std::string("\x00\x01\xFF\xFE garbage \x89PNG", 18)},
       {"empty", ""},
       {"mismatched tags", "<AuditTrail><Session></AuditTrail>"},
+      {"one flipped byte", flipped},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.what);
@@ -357,11 +384,65 @@ TEST_F(AuditTrailPersistence, UnreadableFileIsReportedAndTheTrailCleared) {
                   "the Audit Trail will be cleared.\n\nDetails: ",
                   0),
               0u);
-    EXPECT_FALSE(boost::filesystem::exists(path));
     const std::string text = SavedText(trail);
     EXPECT_EQ(CountOf(text, "<Session "), 1);
     EXPECT_NE(text.find(">Audit Trail cleared.<"), std::string::npos);
+    EXPECT_FALSE(boost::filesystem::exists(path));
+    const std::vector<std::string> damaged = DamagedIn(Dir(), "broken.xml");
+    ASSERT_EQ(damaged.size(), 1u);
+    EXPECT_EQ(ReadWholeFile(File(damaged[0])), row.content);
+    boost::filesystem::remove(File(damaged[0]));
   }
+}
+
+// A load that met a passing shortage of file handles must not erase years of history: the
+// trail goes aside whole, and the process log says where.
+TEST_F(AuditTrailPersistence, LoadWithoutFileHandlesKeepsTheTrailAndLogsWhereItWent) {
+  const std::string path = RecordTrail(2);
+  const std::string history = ReadWholeFile(path);
+  const std::string log = File("process.log");
+  zenutl_test::ExpectPassesInChild([this, &path, &log] {
+    ASSERT_TRUE(Log::CreateInstance(log.c_str()));
+    UserCommRecorder recorder;
+    AuditTrail(Dir().c_str(), "", nullptr).Load();  // meets the failure's types with handles left
+    AuditTrail trail(path.c_str(), "", nullptr);
+    trail.GetAuditTrailSettings().SetLogEvents(1);
+    {
+      zenutl_test::FileHandleShortage shortage;
+      trail.Load();
+    }
+    EXPECT_EQ(recorder.messages.size(), 2u);
+    trail.EndSessionAndSave();
+    EXPECT_FALSE(trail.IsModified());
+  });
+  const std::vector<std::string> damaged = DamagedIn(Dir(), "trail.xml");
+  ASSERT_EQ(damaged.size(), 1u);
+  EXPECT_EQ(ReadWholeFile(File(damaged[0])), history);
+  EXPECT_NE(ReadWholeFile(log).find(damaged[0]), std::string::npos);
+  EXPECT_NE(ReadWholeFile(path).find(">Audit Trail cleared.<"), std::string::npos);
+}
+
+// In a stream source the damaged stream is renamed likewise. A folder standing where the trail
+// should be is never deleted, neither by a failed load nor by Clear.
+TEST_F(AuditTrailPersistence, UnreadableStreamIsMovedAsideAndAFolderInPlaceOfATrailStays) {
+  WriteWholeFile(File("trail.xml"), "<AuditTrail><Sess");
+  ZnFolderStreamSource source(Dir().string().c_str());
+  UserCommRecorder recorder;
+  AuditTrail streamTrail(&source, "", "trail.xml", "", nullptr);
+  streamTrail.Load();
+  EXPECT_FALSE(source.StreamExists("trail.xml"));
+  const std::vector<std::string> damaged = DamagedIn(Dir(), "trail.xml");
+  ASSERT_EQ(damaged.size(), 1u);
+  EXPECT_EQ(ReadWholeFile(File(damaged[0])), "<AuditTrail><Sess");
+
+  const std::string folder = File("folder.xml");
+  boost::filesystem::create_directory(folder);
+  AuditTrail folderTrail(folder.c_str(), "", nullptr);
+  folderTrail.Load();
+  EXPECT_TRUE(boost::filesystem::is_directory(folder));
+  folderTrail.Clear();
+  EXPECT_TRUE(boost::filesystem::is_directory(folder));
+  EXPECT_EQ(recorder.messages.size(), 2u);
 }
 
 TEST_F(AuditTrailPersistence, ReadOfBadDataThrowsAndKeepsTheDocument) {
@@ -379,6 +460,56 @@ TEST_F(AuditTrailPersistence, ReadOfBadDataThrowsAndKeepsTheDocument) {
   EXPECT_EQ(SavedText(trail), before);
   trail.AddEvent("still open", "", nullptr);
   EXPECT_EQ(CountOf(SavedText(trail), "<Event "), 2);
+}
+
+TEST_F(AuditTrailPersistence, ReadingReachesNothingOutsideTheTrail) {
+  const std::string marker = File("marker.txt");
+  WriteWholeFile(marker, "MARKER");
+  zenutl_test::OpenWatch watch(marker);
+  zenutl_test::LocalListener listener;
+  std::string deep;
+  // One level too deep, and well within the size limit below.
+  const int levels = static_cast<int>(zenutl::config::kElementDepthLimit);
+  for (int i = 0; i < levels; ++i) deep += "<Session><e/>";
+  for (int i = 0; i < levels; ++i) deep += "</Session>";
+  const std::size_t previous = ZnSetXMLInputLimit(100000);
+  struct Case {
+    const char* what;
+    std::string text;
+    bool readable;
+  };
+  const std::vector<Case> cases = {
+      // A trail names no DTD: one named is left unread.
+      {"external DTD", "<!DOCTYPE AuditTrail SYSTEM \"" + marker + "\"><AuditTrail/>", true},
+      {"external entity",
+       "<!DOCTYPE AuditTrail [<!ENTITY e SYSTEM \"" + marker + "\">]><AuditTrail>&e;</AuditTrail>",
+       false},
+      {"entity on the network behind a blank",
+       "<!DOCTYPE AuditTrail [<!ENTITY e SYSTEM \"\t" + listener.Url("e") +
+           "\">]><AuditTrail>&e;</AuditTrail>",
+       false},
+      {"an empty element under each start tag", "<AuditTrail>" + deep + "</AuditTrail>", false},
+      {"beyond the size limit", "<AuditTrail>" + std::string(100000, ' ') + "</AuditTrail>", false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    AuditTrail trail;
+    std::istringstream in(c.text);
+    if (c.readable) {
+      EXPECT_NO_THROW(trail.Read(in));
+    } else {
+      EXPECT_THROW(trail.Read(in), Exception);
+    }
+    const std::string path = File("trail.xml");
+    WriteWholeFile(path, c.text);
+    UserCommRecorder recorder;
+    AuditTrail stored(path.c_str(), "", nullptr);
+    stored.Load();
+    EXPECT_EQ(recorder.messages.size(), c.readable ? 0u : 1u);
+  }
+  ZnSetXMLInputLimit(previous);
+  EXPECT_EQ(watch.Opens(), 0);
+  EXPECT_EQ(listener.Connections(), 0);
 }
 
 TEST_F(AuditTrailPersistence, ReadReplacesTheDocumentAndClosesTheSession) {
@@ -416,6 +547,36 @@ TEST_F(AuditTrailPersistence, FailedSaveKeepsThePreviousFileAndTheModifiedFlag) 
   }
 }
 
+// A folder where the user may write the trail but not create files (so that trails cannot be
+// deleted) still gets every save: the trail is written in place. A damaged trail there cannot be
+// moved aside, and so is not saved over either.
+TEST_F(AuditTrailPersistence, TrailInAFolderThatRefusesNewFilesIsWrittenInPlaceUnlessDamaged) {
+  const std::string folder = File("locked");
+  const std::string path = folder + "/trail.xml";
+  const std::string damaged = folder + "/damaged.xml";
+  boost::filesystem::create_directory(folder);
+  boost::filesystem::rename(RecordTrail(1), path);
+  WriteWholeFile(damaged, "<AuditTrail><Sess");
+  zenutl_test::HandOver(folder);
+  ASSERT_EQ(::chmod(folder.c_str(), 0555), 0);
+  zenutl_test::ExpectPassesAsUnprivilegedUser([&path, &damaged] {
+    UserCommRecorder recorder;
+    for (const std::string& file : {path, damaged}) {
+      AuditTrail trail(file.c_str(), "", nullptr);
+      trail.GetAuditTrailSettings().SetLogEvents(1);
+      trail.Load();
+      trail.BeginSession();
+      trail.AddEvent("kept", "", nullptr);
+      trail.EndSessionAndSave();
+      EXPECT_EQ(trail.IsModified(), file == damaged) << file;
+    }
+  });
+  ::chmod(folder.c_str(), 0755);
+  EXPECT_EQ(CountOf(ReadWholeFile(path), ">kept<"), 1);
+  EXPECT_TRUE(VerifyFile(path));
+  EXPECT_EQ(ReadWholeFile(damaged), "<AuditTrail><Sess");
+}
+
 TEST_F(AuditTrailPersistence, SaveIntoAMissingFolderKeepsTheModifiedFlag) {
   AuditTrail trail(File("no/such/folder/trail.xml").c_str(), "", nullptr);
   trail.GetAuditTrailSettings().SetLogEvents(1);
@@ -425,7 +586,8 @@ TEST_F(AuditTrailPersistence, SaveIntoAMissingFolderKeepsTheModifiedFlag) {
   EXPECT_TRUE(trail.IsModified());
 }
 
-TEST_F(AuditTrailPersistence, ControlCharactersAreReplacedSoTheTrailStillSaves) {
+// Each of these texts, stored as it came, made every later save fail.
+TEST_F(AuditTrailPersistence, CharactersXmlCannotCarryAreReplacedSoEverySaveSucceeds) {
   const std::string path = RecordTrail(1);
   ZnFolderStreamSource source(Dir().string().c_str());
   AuditTrail fileTrail(path.c_str(), "", nullptr);
@@ -433,18 +595,60 @@ TEST_F(AuditTrailPersistence, ControlCharactersAreReplacedSoTheTrailStillSaves) 
   for (AuditTrail* trail : {&fileTrail, &streamTrail}) {
     SCOPED_TRACE(trail == &fileTrail ? "file" : "stream source");
     trail->GetAuditTrailSettings().SetLogEvents(1);
+    trail->GetAuditTrailSettings().SetExtendedUserInfo("lab \xEF\xBF\xBF 3");
     trail->Load();
     trail->BeginSession();
     trail->SetProject("tab\there, bell \a there");
     trail->AddEvent("bell \a in the message", "nul-free \x01 detail", nullptr);
+    trail->AddEvent("U+FFFE \xEF\xBF\xBE here", "U+FFFF \xEF\xBF\xBF here", nullptr);
+    const std::string whole = SavedText(*trail);
+    EXPECT_EQ(whole.substr(whole.size() - 13), "</AuditTrail>");
     trail->EndSessionAndSave();
     EXPECT_FALSE(trail->IsModified());
     EXPECT_TRUE(VerifyFile(path));
   }
   const std::string text = ReadWholeFile(path);
-  EXPECT_EQ(CountOf(text, ">bell \xEF\xBF\xBD in the message<"), 2);
-  EXPECT_EQ(CountOf(text, "nul-free \xEF\xBF\xBD detail"), 2);
-  EXPECT_EQ(CountOf(text, "bell \xEF\xBF\xBD there"), 2);
+  const std::string r = "\xEF\xBF\xBD";
+  for (const std::string& stored :
+       {">bell " + r + " in the message<", "nul-free " + r + " detail", "bell " + r + " there",
+        ">U+FFFE " + r + " here<", "U+FFFF " + r + " here", ">lab " + r + " 3<"}) {
+    EXPECT_EQ(CountOf(text, stored), 2) << stored;
+  }
+}
+
+// A trail reads back whatever nesting it recorded. Each level of sub-trails nests an "Event"
+// and an "Events" deeper; the deepest chain that fits (over 1,000 levels) is saved and loads
+// again, and an event that would nest one level deeper is dropped instead of recorded.
+TEST_F(AuditTrailPersistence, NestedSubTrailsReadBackAndTooDeepOnesAreDropped) {
+  // AuditTrail/Session/Events/Event/Details is 5 deep; every level adds two.
+  const int levels = (static_cast<int>(zenutl::config::kElementDepthLimit) - 5) / 2;
+  ASSERT_GE(levels, 1000);
+  std::unique_ptr<AuditTrail> deepest(new AuditTrail);
+  deepest->BeginSession();
+  deepest->AddEvent("innermost", "with details", nullptr);
+  for (int level = 0; level < levels; ++level) {
+    std::unique_ptr<AuditTrail> outer(new AuditTrail);
+    outer->BeginSession();
+    outer->AddEvent("level", "with details", deepest.get());
+    deepest = std::move(outer);
+  }
+  AuditTrail tooDeep;
+  tooDeep.BeginSession();
+  tooDeep.AddEvent("one level too deep", "with details", deepest.get());
+  EXPECT_FALSE(tooDeep.IsModified());
+  EXPECT_EQ(CountOf(SavedText(tooDeep), "<Event "), 0);
+
+  deepest->EndSession();
+  const std::string path = File("deep.xml");
+  WriteWholeFile(path, SavedText(*deepest));
+  UserCommRecorder recorder;
+  EXPECT_TRUE(VerifyFile(path));
+  EXPECT_TRUE(recorder.messages.empty());
+  AuditTrail reloaded(path.c_str(), "", nullptr);
+  reloaded.Load();
+  const std::string text = SavedText(reloaded);
+  EXPECT_EQ(CountOf(text, ">innermost<"), 1);
+  EXPECT_EQ(CountOf(text, ">level<"), levels);
 }
 
 TEST_F(AuditTrailPersistence, SaveAsWritesACopyWithTheStylesheet) {
@@ -473,6 +677,35 @@ TEST_F(AuditTrailPersistence, CopyContentTakesDocumentOpenSessionAndSettings) {
   EXPECT_EQ(CountOf(SavedText(copy), "<Event "), 2);
   EXPECT_EQ(CountOf(SavedText(source), "<Event "), 1);
   EXPECT_STREQ(copy.GetFileName(), File("target.xml").c_str());
+}
+
+// Copies go through a temporary file; two processes copying at once must never share one.
+TEST_F(AuditTrailPersistence, CopyContentInTwoProcessesAtOnceNeverMixesTheirTrails) {
+  pid_t copiers[2];
+  for (const char* name : {"first", "second"}) {
+    const pid_t child = zenutl_test::StartChild([this, name] {
+      setenv("TMPDIR", Dir().c_str(), 1);
+      AuditTrail source;
+      source.BeginSession();
+      for (int i = 0; i < 20; ++i) source.AddEvent(name, "an event of this process", nullptr);
+      std::istringstream saved(SavedText(source));
+      AuditTrail reference;
+      reference.Read(saved);
+      const std::string expected = SavedText(reference);
+      for (int copy = 0; copy < 1000; ++copy) {
+        AuditTrail target;
+        target.CopyContent(&source);
+        ASSERT_TRUE(SavedText(target) == expected) << "copy " << copy << " holds another trail";
+      }
+    });
+    ASSERT_GT(child, 0);
+    copiers[name[0] == 's'] = child;
+  }
+  for (const pid_t child : copiers) {
+    const int status = zenutl_test::WaitForChild(child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  }
+  EXPECT_TRUE(boost::filesystem::is_empty(Dir())) << "a temporary file was left behind";
 }
 
 TEST_F(AuditTrailPersistence, CopyContentWithoutATemporaryFileThrowsAndKeepsTheDocument) {

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/stat.h>
 
 #include <boost/filesystem.hpp>
@@ -12,6 +13,7 @@
 
 #include "platform/file_calls.h"
 #include "platform/native_path.h"
+#include "support/child_process.h"
 #include "support/full_disk.h"
 #include "support/temp_dir.h"
 
@@ -264,6 +266,53 @@ TEST_F(FolderStreamSourceTest, FailedReplacementKeepsThePreviousFileAndSetsBadbi
   EXPECT_EQ(ReadWholeFile(File("trail.xml")), "precious");
   EXPECT_EQ(std::distance(fs::directory_iterator(Dir()), fs::directory_iterator()), 1)
       << "a temporary file was left behind";
+}
+
+// Writers that die or pause just before their bytes reach the disk.
+int KilledBeforeTheFlush(int) {
+  return ::raise(SIGKILL);
+}
+int PausedBeforeTheFlush(int fd) {
+  ::raise(SIGSTOP);
+  return ::fsync(fd);
+}
+
+int FilesIn(const fs::path& folder) {
+  return static_cast<int>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+}
+
+// A writer killed part-way through a save leaves its hidden temporary behind. It is never a
+// stream, and the next writer removes it; a temporary whose writer still runs stays.
+TEST_F(FolderStreamSourceTest,
+       TemporariesOfKilledWritersAreNeverListedAndTheNextWriterRemovesThem) {
+  ZnFolderStreamSource source(WindowsDir().c_str());
+  WriteWholeFile(File("trail.xml"), "saved");
+  // The paused writer first: the killed one's temporary would be its to remove.
+  int (*const faults[2])(int) = {&PausedBeforeTheFlush, &KilledBeforeTheFlush};
+  pid_t writers[2];
+  for (int i = 0; i < 2; ++i) {
+    writers[i] = zenutl_test::StartChild([&] {
+      zenutl::platform::FileCalls calls = zenutl::platform::SystemFileCalls();
+      calls.fsync = faults[i];
+      zenutl::platform::ScopedFileCalls scope(calls);
+      Write(source, "trail.xml", "lost");
+    });
+    ASSERT_GT(writers[i], 0);
+    const int status = zenutl_test::WaitForChild(writers[i], true);
+    EXPECT_TRUE(i == 0 ? WIFSTOPPED(status) : WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+  }
+  EXPECT_EQ(FilesIn(Dir()), 3);
+  EXPECT_EQ(List(source), Names({"trail.xml"}));
+
+  EXPECT_TRUE(Write(source, "trail.xml", "next"));
+  EXPECT_EQ(FilesIn(Dir()), 2) << "the paused writer's temporary must stay";
+  ::kill(writers[0], SIGKILL);
+  zenutl_test::WaitForChild(writers[0]);
+  EXPECT_TRUE(source.CopyStream("trail.xml", "copy.xml"));
+  EXPECT_TRUE(Write(source, "trail.xml", "last"));
+  EXPECT_EQ(FilesIn(Dir()), 2);
+  EXPECT_EQ(List(source), Names({"copy.xml", "trail.xml"}));
+  EXPECT_EQ(ReadWholeFile(File("trail.xml")), "last");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "zenutl/xml_section.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <xercesc/dom/DOMDocument.hpp>
 #include <xercesc/dom/DOMException.hpp>
 
@@ -13,15 +14,21 @@
 #include <vector>
 
 #include "config/external_dtd_leak.h"
+#include "config/file_probes.h"
+#include "config/guarded_dom_parser.h"
 #include "config/local_listener.h"
+#include "support/child_process.h"
 #include "support/exception_matchers.h"
+#include "support/file_handle_shortage.h"
 #include "support/full_disk.h"
 #include "support/temp_dir.h"
+#include "support/unprivileged_user.h"
 #include "zenutl/ini_file_section.h"
 #include "zenutl/language_string.h"
 #include "zenutl/memory_xml_input_stream.h"
 #include "zenutl/resource_module.h"
 #include "zenutl/write_xml_file.h"
+#include "zenutl/xml_input_limit.h"
 
 namespace {
 
@@ -472,6 +479,33 @@ TEST(XMLSection, WriteToSectionMergesRepeatedChildrenIntoExistingOnesByIndex) {
   EXPECT_EQ(Xml(*target), "<t><r a=\"1\" b=\"x\"/><r a=\"2\"/></t>");
 }
 
+// Copying a section into one of its own children copies the children as they were before the
+// copy began, instead of meeting the copies it makes again and again.
+TEST(XMLSection, WriteToSectionIntoItsOwnChildCopiesTheTreeAsItWas) {
+  auto document = FromString("<r k=\"1\"><a x=\"2\"><b/></a></r>");
+  ASSERT_TRUE(document->ChangeSubSection("r"));
+  SectionPtr backup(document->CreateSubSection("Backup"));
+  EXPECT_TRUE(document->WriteToSection(backup.get()));
+  EXPECT_EQ(
+      Xml(*document),
+      "<r k=\"1\"><a x=\"2\"><b/></a><Backup k=\"1\"><a x=\"2\"><b/></a><Backup/></Backup></r>");
+}
+
+// A path step that throws (an empty name is no XML name) takes no cursor, and with it the
+// document, along.
+TEST(XMLSection, CreateSubSectionAlongAPathLeaksNothingWhenAStepThrows) {
+  zenutl_test::ExpectPassesInChild([] {
+    for (const char* path : {"A//C", ""}) {
+      SCOPED_TRACE(path);
+      XMLSection* document = new XMLSection;
+      SectionPtr root(document->CreateSubSection("root"));
+      delete document;
+      EXPECT_THROW(ConfigurationSectionUtilities::CreateSubSection(root.get(), path),
+                   xercesc::DOMException);
+    }
+  });
+}
+
 class XMLSectionIni : public TempDirTest {};
 
 TEST_F(XMLSectionIni, WriteToSectionGivesAnIniFileTheKeysOfTheSection) {
@@ -518,24 +552,68 @@ TEST_F(XMLSectionFile, MissingFileIsEmptyAndFlushCreatesIt) {
   EXPECT_EQ(width, 640);
 }
 
-TEST_F(XMLSectionFile, PathNamingAFolderIsAMissingFileNotAParseError) {
-  XMLSection section(Dir().string().c_str(), false);
-  EXPECT_TRUE(section.IsEmpty());
-  EXPECT_FALSE(section.Flush());
-}
-
-TEST_F(XMLSectionFile, FlushThatCannotWriteAnswersFalseAndKeepsTheOldFile) {
+// Flush answers false and keeps the old file where it cannot write (no folder, a full disk) or
+// where an in-place write would have been refused (a read-only file, root included).
+TEST_F(XMLSectionFile, FlushThatCannotOrMayNotWriteAnswersFalseAndKeepsTheOldFile) {
   XMLSection nowhere(File("no/such/folder/x.zxl").c_str(), false);
   EXPECT_FALSE(nowhere.Flush());
+  for (const bool readOnly : {false, true}) {
+    SCOPED_TRACE(readOnly ? "read-only" : "disk full");
+    const std::string path = File(readOnly ? "read-only.zxl" : "full.zxl");
+    WriteWholeFile(path, "<old/>");
+    ASSERT_EQ(::chmod(path.c_str(), readOnly ? 0444 : 0644), 0);
+    XMLSection section(path.c_str(), false);
+    ASSERT_TRUE(section.ChangeSubSection("old"));
+    EXPECT_TRUE(section.WriteKey("k", "v"));
+    zenutl::platform::ScopedFileCalls calls(readOnly ? zenutl::platform::SystemFileCalls()
+                                                     : zenutl_test::FullDiskCalls());
+    EXPECT_FALSE(section.Flush());
+    EXPECT_EQ(ReadWholeFile(path), "<old/>");
+  }
+}
 
-  const std::string path = File("full.zxl");
-  WriteWholeFile(path, "<old/>");
+// Only a missing file is one that Flush creates. A file that is there but cannot be read right
+// now (no permission, no file handles left, a folder) starts an empty document that never
+// replaces it.
+TEST_F(XMLSectionFile, FileThatCannotBeReadNowIsNeverReplacedByFlush) {
+  const std::string unreadable = File("write-only.zxl");
+  const std::string busy = File("busy.zxl");
+  WriteWholeFile(unreadable, "<r user=\"setting\"/>");
+  WriteWholeFile(busy, "<r user=\"setting\"/>");
+  ASSERT_EQ(::chmod(unreadable.c_str(), 0200), 0);
+  zenutl_test::HandOver(Dir().string());
+  zenutl_test::ExpectPassesAsUnprivilegedUser([&] {
+    XMLSection(File("missing.zxl").c_str(), false);  // meets the types once, with handles left
+    std::unique_ptr<XMLSection> section;
+    {
+      zenutl_test::FileHandleShortage shortage;
+      section.reset(new XMLSection(busy.c_str(), false));
+    }
+    XMLSection other(unreadable.c_str(), false);
+    XMLSection folder(Dir().string().c_str(), false);
+    for (XMLSection* start : {section.get(), &other, &folder}) {
+      EXPECT_TRUE(start->IsEmpty());
+      SectionPtr root(start->CreateSubSection("r"));
+      EXPECT_TRUE(root->WriteKey("k", "v"));
+      EXPECT_FALSE(start->Flush());
+    }
+  });
+  EXPECT_EQ(ReadWholeFile(busy), "<r user=\"setting\"/>");
+  EXPECT_EQ(ReadWholeFile(unreadable), "<r user=\"setting\"/>");
+}
+
+// The text form is the library's narrow text, UTF-8, even for a document read from UTF-16.
+TEST_F(XMLSectionFile, FlushIntoTextGivesUtf8ForAUtf16Document) {
+  const std::string path = File("wide.zxl");
+  const std::u16string wide =
+      u"\uFEFF<?xml version=\"1.0\" encoding=\"UTF-16\"?><r n=\"\u00C5sa\"/>";
+  WriteWholeFile(path, std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * 2));
   XMLSection section(path.c_str(), false);
-  ASSERT_TRUE(section.ChangeSubSection("old"));
-  section.WriteKey("k", "v");
-  zenutl::platform::ScopedFileCalls diskFull(zenutl_test::FullDiskCalls());
-  EXPECT_FALSE(section.Flush());
-  EXPECT_EQ(ReadWholeFile(path), "<old/>");
+  CString text;
+  EXPECT_TRUE(section.Flush(text, false));
+  EXPECT_STREQ(text,
+               "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\" ?>"
+               "<r n=\"\xC3\x85sa\"/>");
 }
 
 TEST(XMLSection, FlushIntoTextAndStreamButNotToAFileItDoesNotHave) {
@@ -555,6 +633,40 @@ TEST(XMLSection, FlushIntoTextAndStreamButNotToAFileItDoesNotHave) {
   EXPECT_EQ(out.str(),
             "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\" ?>\n"
             "<r a=\"1\">\n\n  <c b=\"2\">\n    <d/>\n  </c>\n\n</r>\n");
+}
+
+// Each value holds a character XML cannot carry; stored as it was, it made every later Flush
+// fail and so lost every later change.
+TEST_F(XMLSectionFile, CharactersXmlCannotCarryAreStoredAsReplacementsAndFlushStillWorks) {
+  const std::string path = File("odd.zxl");
+  const std::string r = "\xEF\xBF\xBD";  // U+FFFD in UTF-8
+  {
+    XMLSection section(path.c_str(), false);
+    SectionPtr root(section.CreateSubSection("r"));
+    EXPECT_TRUE(root->WriteKey("control",
+                               "a\x01"
+                               "b"));
+    EXPECT_TRUE(root->WriteKey("fffe",
+                               "a\xEF\xBF\xBE"
+                               "b"));
+    EXPECT_TRUE(root->WriteKey("ffff",
+                               L"a\xFFFF"
+                               L"b"));
+    EXPECT_TRUE(root->WriteKey("surrogate",
+                               L"a\xD800"
+                               L"b"));
+    EXPECT_TRUE(root->WriteKey("kept", "tab\tline\ncaf\xE9 \xF0\x9F\x98\x80"));
+    ASSERT_TRUE(section.Flush());
+    root->WriteKey("later", "change");
+    ASSERT_TRUE(section.Flush());
+  }
+  XMLSection reread(path.c_str(), false);
+  ASSERT_TRUE(reread.ChangeSubSection("r"));
+  for (const char* key : {"control", "fffe", "ffff", "surrogate"}) {
+    EXPECT_EQ(Text(reread, key), "a" + r + "b") << key;
+  }
+  EXPECT_EQ(Text(reread, "kept"), "tab\tline\ncaf\xC3\xA9 \xF0\x9F\x98\x80");
+  EXPECT_EQ(Text(reread, "later"), "change");
 }
 
 TEST_F(XMLSectionFile, SavingAgainAndAgainKeepsCommentsTextAndTheFileAsItIs) {
@@ -603,6 +715,10 @@ class XMLSectionParse : public TempDirTest {
 };
 
 TEST_F(XMLSectionParse, EveryParsingConstructorReadsAndRejectsAlike) {
+  const std::string marker = File("marker.txt");
+  WriteWholeFile(marker, "MARKER");
+  zenutl_test::OpenWatch watch(marker);
+  zenutl_test::LocalListener listener;
   std::string laughs = "<!DOCTYPE root [<!ENTITY a0 \"ha\">";
   for (int i = 1; i <= 9; ++i) {
     laughs += "<!ENTITY a" + std::to_string(i) + " \"" +
@@ -622,6 +738,15 @@ TEST_F(XMLSectionParse, EveryParsingConstructorReadsAndRejectsAlike) {
       {"deeply nested", Repeat("<root>", 50000) + Repeat("</root>", 50000),
        std::string(kParseError) + "E"},
       {"billion laughs", laughs, std::string(kParseError) + "p"},
+      {"an empty element under each start tag",
+       Repeat("<root><e/>", 50000) + Repeat("</root>", 50000), std::string(kParseError) + "E"},
+      {"external entity",
+       "<!DOCTYPE root [<!ENTITY e SYSTEM \"" + marker + "\">]><root k=\"v\">&e;</root>",
+       std::string(kParseError) + "E"},
+      {"entity on the network behind a blank",
+       "<!DOCTYPE root [<!ENTITY e SYSTEM \" " + listener.Url("e") +
+           "\">]><root k=\"v\">&e;</root>",
+       std::string(kParseError) + "E"},
   };
   for (const char* how : {"path", "istream", "library stream", "string"}) {
     for (const Case& c : cases) {
@@ -633,6 +758,28 @@ TEST_F(XMLSectionParse, EveryParsingConstructorReadsAndRejectsAlike) {
       }
     }
   }
+  EXPECT_EQ(watch.Opens(), 0);
+  EXPECT_EQ(listener.Connections(), 0);
+}
+
+TEST(XMLSection, DeepestAcceptedDocumentCopiesWhole) {
+  const int above = static_cast<int>(zenutl::config::kElementDepthLimit) - 1;
+  const std::unique_ptr<XMLSection> source =
+      FromString(Repeat("<root>", above) + "<e/>" + Repeat("</root>", above));
+  XMLSection copy;
+  ASSERT_TRUE(source->WriteToSection(&copy));
+  EXPECT_EQ(Xml(copy), Xml(*source));
+}
+
+TEST_F(XMLSectionParse, EveryParsingConstructorKeepsToTheInputLimit) {
+  const std::string fits = "<root k=\"" + std::string(88, 'v') + "\"/>";  // 100 bytes
+  const std::size_t previous = ZnSetXMLInputLimit(100);
+  for (const char* how : {"path", "istream", "library stream", "string"}) {
+    SCOPED_TRACE(how);
+    EXPECT_EQ(Build(how, fits), std::string(88, 'v'));
+    EXPECT_THROW_WHY(Build(how, fits + "\n"), Exception, std::string(kParseError) + "D");
+  }
+  ZnSetXMLInputLimit(previous);
 }
 
 TEST(XMLSection, NullLibraryStreamIsAnEmptyDocumentThatFailsToParse) {

@@ -12,6 +12,7 @@
 
 #include "platform/file_calls.h"
 #include "support/temp_dir.h"
+#include "support/unprivileged_user.h"
 
 namespace {
 
@@ -27,11 +28,13 @@ class AtomicFile : public zenutl_test::TempDirTest {
   }
 };
 
-TEST_F(AtomicFile, ReplacesTheWholeFileKeepingModeAndLinkAndALaterTime) {
+// A user's private file saved by root, say, stays the user's.
+TEST_F(AtomicFile, ReplacesTheWholeFileKeepingModeOwnerAndLinkAndALaterTime) {
   const std::string target = File("real.ini");
   const std::string link = File("link.ini");
   WriteWholeFile(target, "old");
   ASSERT_EQ(::chmod(target.c_str(), 0640) + ::symlink(target.c_str(), link.c_str()), 0);
+  zenutl_test::HandOver(target);
   const struct timespec future[2] = {{0, UTIME_OMIT}, {4102444800, 999999999}};  // year 2100
   ASSERT_EQ(::utimensat(AT_FDCWD, target.c_str(), future, 0), 0);
   const std::string big(1 << 20, 'x');
@@ -42,10 +45,35 @@ TEST_F(AtomicFile, ReplacesTheWholeFileKeepingModeAndLinkAndALaterTime) {
   EXPECT_TRUE(S_ISLNK(info.st_mode));
   ASSERT_EQ(::stat(target.c_str(), &info), 0);
   EXPECT_EQ(info.st_mode & 07777, 0640u);
+  EXPECT_EQ(info.st_uid, zenutl_test::UnprivilegedUid());
+  EXPECT_EQ(info.st_gid, zenutl_test::UnprivilegedGid());
   EXPECT_EQ(info.st_mtim.tv_sec, 4102444801);  // one nanosecond after the old time
   EXPECT_EQ(info.st_mtim.tv_nsec, 0);
   EXPECT_EQ(ReadWholeFile(target), big);
   EXPECT_EQ(FilesInFolder(), 2);
+}
+
+// Another user's file that this user may write (a shared, group-writable settings file, say)
+// cannot be replaced by a file of this user's own: it is written in place and stays its owner's.
+TEST_F(AtomicFile, AFileWhoseOwnerAReplacementCannotKeepIsWrittenInPlace) {
+  const std::string path = File("shared.ini");
+  WriteWholeFile(path, "old content");
+  ASSERT_EQ(::chmod(path.c_str(), 0666) + ::chmod(Dir().c_str(), 0777), 0);
+  struct stat before;
+  ASSERT_EQ(::stat(path.c_str(), &before), 0);
+  zenutl_test::ExpectPassesAsUnprivilegedUser([&path] {
+    std::string error;
+    EXPECT_TRUE(WriteFileAtomically(path, "new", &error)) << error;
+  });
+  struct stat after;
+  ASSERT_EQ(::stat(path.c_str(), &after), 0);
+  EXPECT_EQ(after.st_uid, before.st_uid);
+  EXPECT_EQ(after.st_mode, before.st_mode);
+  if (zenutl_test::RunningAsRoot()) {
+    EXPECT_EQ(after.st_ino, before.st_ino);
+  }
+  EXPECT_EQ(ReadWholeFile(path), "new");
+  EXPECT_EQ(FilesInFolder(), 1);
 }
 
 // Faults for the file calls. The table holds plain functions, so what one must remember lives

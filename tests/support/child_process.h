@@ -55,6 +55,36 @@ inline void ExpectPassesInChild(const std::function<void()>& body) {
   }
 }
 
+// Starts `body` in a child process and answers its id; the caller waits for it (WaitForChild)
+// or ends it. The child exits with 0, 1 after a failed assertion, or 2 after an exception. Call
+// it while the test program has no other threads.
+inline pid_t StartChild(const std::function<void()>& body) {
+  std::fflush(stdout);
+  std::fflush(stderr);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    int code = 2;
+    try {
+      body();
+      code = ::testing::Test::HasFailure() ? 1 : 0;
+    } catch (...) {
+      std::fprintf(stderr, "child: uncaught exception\n");
+    }
+    std::fflush(stdout);
+    std::fflush(stderr);
+    ::_exit(code);
+  }
+  return child;
+}
+
+// Waits until the child ends, or with `stopped` until it stops, and answers its status.
+inline int WaitForChild(pid_t child, bool stopped = false) {
+  int status = 0;
+  while (::waitpid(child, &status, stopped ? WUNTRACED : 0) == -1 && errno == EINTR) {
+  }
+  return status;
+}
+
 }  // namespace zenutl_test
 
 #endif  // ZENUTL_TESTS_SUPPORT_CHILD_PROCESS_H_
