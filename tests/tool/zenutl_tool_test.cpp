@@ -12,6 +12,7 @@
 #include "support/temp_dir.h"
 #include "zenutl/audit_trail.h"
 #include "zenutl/audit_trail_wrapper.h"
+#include "zenutl/json_value.h"
 #include "zenutl/stream_directory_writer.h"
 #include "zenutl/system_info.h"
 
@@ -68,11 +69,17 @@ TEST_F(ZenutlTool, AuditVerifyTellsCleanFromTamperedAndNeverWritesTheFile) {
     const std::string user = ZnSystemInfo::GetUserNameA().GetString();
     const std::string computer = ZnSystemInfo::GetComputerNameA().GetString();
     if (json) {
-      EXPECT_NE(tampered.out.find("\"status\":\"failed\",\"sessions\":3,\"findings\":[{\"kind\":"
-                                  "\"checksum-mismatch\",\"session\":2,\"index\":1,"),
-                std::string::npos)
-          << tampered.out;
-      EXPECT_NE(tampered.out.find("\"user\":\"" + user + "\""), std::string::npos);
+      const json_value report = json_value::parse(tampered.out);
+      EXPECT_EQ(report.get_child("status").get_number(), 1.0);
+      const json_value& file = report.get_child("files").get_child(0u);
+      EXPECT_EQ(file.get_child("status").get_string(), "failed");
+      EXPECT_EQ(file.get_child("sessions").get_number(), 3.0);
+      ASSERT_EQ(file.get_child("findings").get_length(), 1u);
+      const json_value& finding = file.get_child("findings").get_child(0u);
+      EXPECT_EQ(finding.get_child("kind").get_string(), "checksum-mismatch");
+      EXPECT_EQ(finding.get_child("session").get_number(), 2.0);
+      EXPECT_EQ(finding.get_child("user").get_string(), user);
+      EXPECT_NE(finding.get_child("stored"), finding.get_child("computed"));
     } else {
       EXPECT_TRUE(std::regex_search(
           tampered.out, std::regex("FAILED: 1 of 3 sessions could not be verified\n  session 2, "
@@ -98,10 +105,11 @@ TEST_F(ZenutlTool, UnreadableTrailsAreStatusTwoWithAClearMessage) {
     std::string message;
   } rows[] = {
       {"truncated", trail.substr(0, trail.size() / 2),
-       "not a readable audit trail: broken XML at line 1, column [0-9]+: input ended before all "
+       "not a readable audit trail: the XML is broken at line 1, column [0-9]+: input ended before "
+       "all "
        "started tags were ended; last tag started is 'Event'"},
       {"binary", std::string("\x89PNG\r\n\x1a\n\0\0\0", 11),
-       "not a readable audit trail: broken XML at line 1, column 1: invalid byte "
+       "not a readable audit trail: the XML is broken at line 1, column 1: invalid byte "
        "'[^']*' .*"},
       {"empty", "", "not a readable audit trail: the file is empty"},
       {"other XML", "<Settings LogEvents=\"1\"/>",
@@ -211,8 +219,31 @@ TEST_F(ZenutlTool, XmlGetAndListWalkSectionsByNameAndIndex) {
   WriteWholeFile(xml, "<Settings><Window></Settings>");
   const ProgramResult broken = Zenutl({"xml", "list", xml});
   EXPECT_EQ(broken.status, 2);
-  EXPECT_EQ(broken.err.rfind("zenutl: " + xml + ": not readable XML: line 1, column ", 0), 0u)
+  EXPECT_EQ(broken.err.rfind("zenutl: " + xml + ": the XML is broken at line 1, column ", 0), 0u)
       << broken.err;
+}
+
+TEST_F(ZenutlTool, JsonCheckAndPrettyOnTestSuiteFiles) {
+  const std::string good = std::string(ZENUTL_TOOL_DATA) + "/y_array_heterogeneous.json";
+  const std::string bad = std::string(ZENUTL_TOOL_DATA) + "/n_object_trailing_comma.json";
+  const ProgramResult valid = Zenutl({"json", "check", good});
+  EXPECT_EQ(valid.status, 0);
+  EXPECT_EQ(valid.out, good + ": valid JSON\n");
+  const ProgramResult invalid = Zenutl({"json", "check", bad});
+  EXPECT_EQ(invalid.status, 1);
+  EXPECT_TRUE(
+      std::regex_match(invalid.out, std::regex(bad + ": not valid JSON: .+ at line 1, column 9\n")))
+      << invalid.out;
+
+  EXPECT_EQ(Zenutl({"json", "pretty", good}).out, "[\n  null,\n  1,\n  \"1\",\n  {}\n]\n");
+  ProgramOptions input;
+  input.input = "{\"b\": [true], \"a\": 0.5}";
+  EXPECT_EQ(Zenutl({"json", "pretty", "--indent", "4"}, input).out,
+            "{\n    \"a\": 0.5,\n    \"b\": [\n        true\n    ]\n}\n");
+  const ProgramResult refused = Zenutl({"json", "pretty", bad});
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_EQ(refused.out, "");
+  EXPECT_EQ(refused.err.rfind("zenutl: " + bad + ": not valid JSON: ", 0), 0u);
 }
 
 TEST_F(ZenutlTool, DigestsMatchMd5sumAndBase64RoundTrips) {
@@ -285,7 +316,7 @@ TEST_F(ZenutlTool, HelpForEveryCommandAndUsageMistakesAreStatusTwo) {
     ++commands;
     listing = line.suffix();
   }
-  EXPECT_EQ(commands, 13);
+  EXPECT_EQ(commands, 15);
 
   struct Row {
     std::vector<std::string> args;

@@ -9,11 +9,11 @@
 #include "audit_views.h"
 #include "commands.h"
 #include "files.h"
-#include "json_text.h"
 #include "progress.h"
 #include "xml_diagnosis.h"
 #include "zenutl/audit_trail.h"
 #include "zenutl/exception.h"
+#include "zenutl/json_value.h"
 
 namespace zenutl_tool {
 namespace {
@@ -29,6 +29,7 @@ std::unique_ptr<AuditTrail> ReadTrail(const std::string& path, ProgressLine& pro
                                       const std::string& label) {
   std::ifstream file;
   OpenInputFile(path, file);
+  RequireWithinXmlBound(path);
   const unsigned long long size = FileSize(path);
   CountingStreamBuf counting(*file.rdbuf(), [&](unsigned long long done) {
     progress.Update(label + ": reading " + Percent(done, size));
@@ -39,13 +40,7 @@ std::unique_ptr<AuditTrail> ReadTrail(const std::string& path, ProgressLine& pro
     trail->Read(stream);
   } catch (const Exception&) {
     if (file.bad()) throw FileError(SystemErrorText(path, EIO));
-    const std::string where = DescribeXmlProblem(path);
-    throw FileError(path + ": not a readable audit trail: " +
-                    (where.empty() ? std::string("the XML parser refused it (nesting too deep, "
-                                                 "too many entities, or a reference to "
-                                                 "another machine)")
-                     : where == "the file is empty" ? where
-                                                    : "broken XML at " + where));
+    throw FileError(path + ": not a readable audit trail: " + ExplainRefusedXml(path));
   }
   if (!trail->HasAuditTrailRoot()) {
     throw FileError(path + ": not an audit trail: its root element is not <AuditTrail>");
@@ -57,21 +52,22 @@ std::string SessionsText(int count) {
   return std::to_string(count) + (count == 1 ? " session" : " sessions");
 }
 
-std::string FindingAsJson(const AuditTrailFinding& finding) {
-  std::ostringstream json;
-  json << "{\"kind\":" << JsonQuoted(FindingKindName(finding.kind))
-       << ",\"session\":" << finding.index + 1 << ",\"index\":" << finding.index
-       << ",\"date\":" << JsonQuoted(finding.date.GetString())
-       << ",\"user\":" << JsonQuoted(finding.user.GetString())
-       << ",\"computer\":" << JsonQuoted(finding.computer.GetString())
-       << ",\"stored\":" << JsonQuoted(finding.storedCheckSum.GetString())
-       << ",\"computed\":" << JsonQuoted(finding.computedCheckSum.GetString()) << "}";
-  return json.str();
+json_value FindingAsJson(const AuditTrailFinding& finding) {
+  json_value json(json_object{});
+  json.put_child("kind") = json_value(std::string(FindingKindName(finding.kind)));
+  json.put_child("session") = json_value(finding.index + 1.0);
+  json.put_child("index") = json_value(static_cast<double>(finding.index));
+  json.put_child("date") = json_value(std::string(finding.date.GetString()));
+  json.put_child("user") = json_value(std::string(finding.user.GetString()));
+  json.put_child("computer") = json_value(std::string(finding.computer.GetString()));
+  json.put_child("stored") = json_value(std::string(finding.storedCheckSum.GetString()));
+  json.put_child("computed") = json_value(std::string(finding.computedCheckSum.GetString()));
+  return json;
 }
 
 // Checks one file; prints its verdict as text, or adds it to `json`. Answers the exit status.
 int VerifyOne(const std::string& path, const std::string& label, bool asJson,
-              ProgressLine& progress, std::vector<std::string>& json) {
+              ProgressLine& progress, json_value& json) {
   std::unique_ptr<AuditTrail> trail;
   try {
     trail = ReadTrail(path, progress, label);
@@ -79,8 +75,9 @@ int VerifyOne(const std::string& path, const std::string& label, bool asJson,
     progress.Clear();
     std::cerr << "zenutl: " << error.what() << "\n";
     if (asJson) {
-      json.push_back("{\"file\":" + JsonQuoted(path) +
-                     ",\"status\":\"unreadable\",\"error\":" + JsonQuoted(error.what()) + "}");
+      json.put_child("file") = json_value(path);
+      json.put_child("status") = json_value(std::string("unreadable"));
+      json.put_child("error") = json_value(std::string(error.what()));
     }
     return kFailure;
   }
@@ -89,13 +86,12 @@ int VerifyOne(const std::string& path, const std::string& label, bool asJson,
   const std::vector<AuditTrailFinding> findings = trail->FindUnverifiedSessions();
   progress.Clear();
   if (asJson) {
-    std::string entry = "{\"file\":" + JsonQuoted(path) +
-                        ",\"status\":" + (findings.empty() ? "\"verified\"" : "\"failed\"") +
-                        ",\"sessions\":" + std::to_string(sessions) + ",\"findings\":[";
-    for (std::size_t i = 0; i < findings.size(); ++i) {
-      entry += (i ? "," : "") + FindingAsJson(findings[i]);
-    }
-    json.push_back(entry + "]}");
+    json.put_child("file") = json_value(path);
+    json.put_child("status") = json_value(std::string(findings.empty() ? "verified" : "failed"));
+    json.put_child("sessions") = json_value(static_cast<double>(sessions));
+    json_value& list = json.put_child("findings");
+    list.set_length(0);
+    for (const AuditTrailFinding& finding : findings) list.append_child() = FindingAsJson(finding);
   } else if (findings.empty()) {
     std::cout << path << ": verified: "
               << (sessions == 0
@@ -121,19 +117,22 @@ int VerifyOne(const std::string& path, const std::string& label, bool asJson,
 int RunVerify(const Arguments& arguments) {
   const bool asJson = arguments.Has("json");
   ProgressLine progress;
-  std::vector<std::string> json;
+  json_value report(json_object{});
+  json_value files(json_array{});
   int status = kSuccess;
   const std::size_t count = arguments.OperandCount();
   for (std::size_t i = 0; i < count; ++i) {
     const std::string& path = arguments.Operand(i);
     std::string label = "verifying ";
     if (count > 1) label += std::to_string(i + 1) + "/" + std::to_string(count) + " ";
-    status = std::max(status, VerifyOne(path, label + path, asJson, progress, json));
+    json_value entry(json_object{});
+    status = std::max(status, VerifyOne(path, label + path, asJson, progress, entry));
+    files.append_child() = std::move(entry);
   }
   if (asJson) {
-    std::cout << "{\"status\":" << status << ",\"files\":[";
-    for (std::size_t i = 0; i < json.size(); ++i) std::cout << (i ? "," : "") << json[i];
-    std::cout << "]}\n";
+    report.put_child("status") = json_value(static_cast<double>(status));
+    report.put_child("files") = std::move(files);
+    std::cout << report.to_string() << "\n";
   }
   return status;
 }

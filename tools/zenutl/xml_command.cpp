@@ -66,15 +66,11 @@ std::string StepText(const PathStep& step) {
 std::unique_ptr<XMLSection> OpenDocument(const std::string& path) {
   std::ifstream stream;
   OpenInputFile(path, stream);
+  RequireWithinXmlBound(path);
   try {
     return std::unique_ptr<XMLSection>(new XMLSection(stream, false));
   } catch (const Exception&) {
-    const std::string where = DescribeXmlProblem(path);
-    throw FileError(path + ": not readable XML: " +
-                    (where.empty() ? std::string("the parser refused it (nesting too deep, too "
-                                                 "many entities, or a reference to another "
-                                                 "machine)")
-                                   : where));
+    throw FileError(path + ": " + ExplainRefusedXml(path));
   }
 }
 

@@ -13,7 +13,10 @@
 #include <fstream>
 #include <memory>
 
+#include "command_line.h"
+#include "files.h"
 #include "zenutl/istream_input_source.h"
+#include "zenutl/xml_input_limit.h"
 
 XERCES_CPP_NAMESPACE_USE
 
@@ -63,7 +66,9 @@ struct XmlPlatform {
 
 }  // namespace
 
-std::string DescribeXmlProblem(const std::string& path) {
+// "line 3, column 7: ..." for the first error of the file, "the file is empty", or "" when the
+// scan finds none.
+static std::string DescribeXmlProblem(const std::string& path) {
   std::ifstream stream(path, std::ios::in | std::ios::binary);
   if (!stream) return std::string();
   if (stream.peek() == std::char_traits<char>::eof()) return "the file is empty";
@@ -91,6 +96,25 @@ std::string DescribeXmlProblem(const std::string& path) {
     }
   }
   return problem.text;
+}
+
+void RequireWithinXmlBound(const std::string& path) {
+  const unsigned long long size = FileSize(path);
+  const unsigned long long bound = ZnGetXMLInputLimit();
+  if (size > bound) {
+    throw FileError(path + ": too large: " + std::to_string(size) +
+                    " bytes, beyond the library's bound of " + std::to_string(bound) +
+                    " bytes on one XML document");
+  }
+}
+
+std::string ExplainRefusedXml(const std::string& path) {
+  const std::string where = DescribeXmlProblem(path);
+  if (where.empty()) {
+    return "the library's parser refused it (nesting too deep, too many entities, or a "
+           "reference outside the file)";
+  }
+  return where == "the file is empty" ? where : "the XML is broken at " + where;
 }
 
 }  // namespace zenutl_tool

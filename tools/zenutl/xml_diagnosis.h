@@ -11,10 +11,15 @@
 
 namespace zenutl_tool {
 
-// "line 3, column 7: expected end of tag 'Session'" for the first error in the file at `path`,
-// "the file is empty", or "" when the scan finds none (the library refused the file for a reason of its own, such as
-// nesting deeper than it allows or a reference to another machine).
-std::string DescribeXmlProblem(const std::string& path);
+// Throws FileError when the file at `path` is larger than the library reads of one XML document
+// (xml_input_limit.h): the parse would be refused, and the message should say why.
+void RequireWithinXmlBound(const std::string& path);
+
+// Why the library refused the file at `path`, after a parse failed: "the XML is broken at
+// line 3, column 7: expected end of tag 'Session'", "the file is empty", or, when the scan finds
+// the XML sound, the library's own reasons (nesting deeper than it allows, a reference outside
+// the file).
+std::string ExplainRefusedXml(const std::string& path);
 
 }  // namespace zenutl_tool
 
