@@ -36,7 +36,9 @@
 #include <boost/signals2/signal.hpp>
 #include <functional>
 #include <iosfwd>
+#include <vector>
 
+#include "zenutl/audit_trail_records.h"
 #include "zenutl/audit_trail_settings.h"
 #include "zenutl/cstring.h"
 
@@ -97,8 +99,26 @@ class AuditTrail {
   void Clear();
 
   // True when every closed session still matches its "CheckSum"; otherwise records the finding
-  // as an event, stores it in `message` (may be null) and returns false.
+  // as an event, stores it in `message` (may be null) and returns false. True at once, without
+  // looking, when the log level is below 1.
+  //
+  // The check runs from the newest closed session back to the oldest. Every child of the root
+  // but the open session counts as a session: one that does not end in "CheckSum" fails, and
+  // so does one whose stored text differs from the computed one. A "CheckSum" without text is
+  // compared as if it held the text read for the session checked just before (the next newer
+  // one), or "" if it is the first; this is how trails have always been checked.
   bool VerifySignature(CString* message);
+  // The same check, without recording anything and whatever the log level: the sessions that
+  // VerifySignature counts, oldest first. Empty when all of them verify. For programs that
+  // check a trail on behalf of an auditor and must leave it exactly as it was.
+  std::vector<AuditTrailFinding> FindUnverifiedSessions() const;
+  // Every child of the root, oldest first, with its events: the trail as a person reads it.
+  std::vector<AuditTrailSessionRecord> GetSessionRecords() const;
+  // The number of children of the root, the open session included.
+  int CountSessions() const;
+  // Whether the document's root is "AuditTrail" (in any ASCII case): false for well-formed XML
+  // that is some other kind of document.
+  bool HasAuditTrailRoot() const;
   void BeginSessionAndVerifySignature();
   void EndSessionAndSave();
 
