@@ -21,12 +21,11 @@
 #include "support/exception_matchers.h"
 #include "support/file_handle_shortage.h"
 #include "support/full_disk.h"
+#include "support/scoped_catalogue.h"
 #include "support/temp_dir.h"
 #include "support/unprivileged_user.h"
 #include "zenutl/ini_file_section.h"
-#include "zenutl/language_string.h"
 #include "zenutl/memory_xml_input_stream.h"
-#include "zenutl/resource_module.h"
 #include "zenutl/write_xml_file.h"
 #include "zenutl/xml_input_limit.h"
 
@@ -815,30 +814,17 @@ TEST_F(XMLSectionParse, LoadsALocalDtdForItsDefaultsWhenAsked) {
 
 // --- Resources ------------------------------------------------------------------------------
 
-class XMLSectionResource : public TempDirTest {
- protected:
-  void SetUp() override {
-    WriteWholeFile(File("embedded.zxl"), "<root k=\"from file\"/>");
-    WriteWholeFile(File("app.catalogue"),
-                   "zenutl-catalogue 1\n"
-                   "string 0xF022 No such XML resource.\n"
-                   "hex 23 101 3c726f6f74206b3d2268657822 2f3e\n"  // <root k="hex"/>
-                   "file 23 102 embedded.zxl\n"
-                   "hex 23 103 3c726f6f74\n"  // <root
-                   "hex 10 104 3c726f6f74206b3d2277726f6e67222f3e\n");
-    CString error;
-    module_ = ZnLoadResourceModule(File("app.catalogue").c_str(), &error);
-    ASSERT_NE(module_, nullptr) << error.GetString();
-    LanguageString::SetResourceInstance(module_);
-  }
-  void TearDown() override {
-    LanguageString::SetResourceInstance(nullptr);
-    ZnFreeResourceModule(module_);
-  }
-  HINSTANCE module_ = nullptr;
-};
+class XMLSectionResource : public TempDirTest {};
 
 TEST_F(XMLSectionResource, ReadsTheXmlResourceOfTheSelectedModule) {
+  WriteWholeFile(File("embedded.zxl"), "<root k=\"from file\"/>");
+  zenutl_test::ScopedCatalogue catalogue(
+      File("app.catalogue"),
+      "string 0xF022 No such XML resource.\n"
+      "hex 23 101 3c726f6f74206b3d2268657822 2f3e\n"  // <root k="hex"/>
+      "file 23 102 embedded.zxl\n"
+      "hex 23 103 3c726f6f74\n"  // <root
+      "hex 10 104 3c726f6f74206b3d2277726f6e67222f3e\n");
   struct Case {
     unsigned id;
     std::string expected;
