@@ -170,28 +170,15 @@ TEST(XMLSection, ChangeSectionMovesToASiblingOrAppendsIt) {
 }
 
 TEST(XMLSection, NonAsciiSectionNamesNeverMatch) {
+  const char* const name = "Gr\xc3\xb6\xc3\x9f\x65";  // "Größe" in UTF-8
   auto document = FromString("<r/>");
   ASSERT_TRUE(document->ChangeSubSection("r"));
-  SectionPtr child(
-      document->CreateSubSection("Gr\xc3\xb6\xc3\x9f"
-                                 "e"));
-  child->ChangeSection(
-      "Gr\xc3\xb6\xc3\x9f"
-      "e");
-  child->ChangeSection(
-      "Gr\xc3\xb6\xc3\x9f"
-      "e");
-  EXPECT_EQ(document->NumSubSections("Gr\xc3\xb6\xc3\x9f"
-                                     "e"),
-            0);
-  EXPECT_FALSE(
-      document->ChangeSubSection("Gr\xc3\xb6\xc3\x9f"
-                                 "e"));
-  EXPECT_EQ(Xml(*document),
-            "<r><Gr\xc3\xb6\xc3\x9f"
-            "e/><Gr\xc3\xb6\xc3\x9f"
-            "e/><Gr\xc3\xb6\xc3\x9f"
-            "e/></r>");
+  SectionPtr child(document->CreateSubSection(name));
+  child->ChangeSection(name);
+  child->ChangeSection(name);
+  EXPECT_EQ(document->NumSubSections(name), 0);
+  EXPECT_FALSE(document->ChangeSubSection(name));
+  EXPECT_EQ(Xml(*document), "<r>" + Repeat("<" + std::string(name) + "/>", 3) + "</r>");
 }
 
 TEST(XMLSection, IllegalNamesThrowTheDomErrorFromTheWrite) {
@@ -208,9 +195,7 @@ TEST(XMLSection, IllegalNamesThrowTheDomErrorFromTheWrite) {
 // --- Keys ----------------------------------------------------------------------------------
 
 TEST(XMLSection, EveryTextFormReadsWhatEveryTextFormWrote) {
-  const std::string narrow =
-      "Gr\xc3\xbc\xc3\x9f"
-      "e \xe2\x82\xac \xf0\x9f\x98\x80";
+  const std::string narrow = "Gr\xc3\xbc\xc3\x9f\x65 \xe2\x82\xac \xf0\x9f\x98\x80";
   const std::wstring wide = L"Gr\u00fc\u00dfe \u20ac \U0001F600";
   XMLSection document;
   SectionPtr root(document.CreateSubSection("root"));
@@ -396,40 +381,28 @@ TEST_F(XMLSectionTyped, TypedValuesRoundTripWithTheSameTextAsTheIniStore) {
   IniFileSection ini(File("same.ini").c_str(), "S");
   const double doubles[] = {0, 1.5, -2.25, 1e-7};
   const float floats[] = {0, 0.125f, 3.5f};
+  const std::vector<int> ints = {3, -1, 0, 77};
+  const std::vector<bool> bools = {true, false};
+  const std::vector<float> floatVector = {1.5f, -0.25f};
+  const std::vector<CString> strings = {"a", "", "b c"};
+  const std::vector<std::string> stdStrings = {"x", "7"};
   const std::vector<std::pair<const char*, std::function<void(ConfigurationSection&)> > > writes = {
-      {"bool", [](ConfigurationSection& s) { s.WriteBool("k", false); }},
-      {"int", [](ConfigurationSection& s) { s.WriteInt("k", INT_MIN); }},
-      {"float", [](ConfigurationSection& s) { s.WriteFloat("k", 1234567.0); }},
-      {"double", [](ConfigurationSection& s) { s.WriteFloat("k", -0.000123456789); }},
-      {"int vector",
-       [](ConfigurationSection& s) {
-         s.WriteIntVector("k", {3, -1, 0, 77});
-       }},
-      {"bool vector",
-       [](ConfigurationSection& s) {
-         s.WriteBoolVector("k", {true, false});
-       }},
-      {"float vector",
-       [](ConfigurationSection& s) {
-         s.WriteFloatVector("k", {1.5f, -0.25f});
-       }},
-      {"double array", [&](ConfigurationSection& s) { s.WriteDoubleVector("k", doubles, 3); }},
-      {"float array", [&](ConfigurationSection& s) { s.WriteFloatVector("k", floats, 2); }},
-      {"string list",
-       [](ConfigurationSection& s) {
-         s.WriteStringVector("k", {CString("a"), CString(""), CString("b c")}, ';');
-       }},
+      {"bool", [](auto& s) { s.WriteBool("k", false); }},
+      {"int", [](auto& s) { s.WriteInt("k", INT_MIN); }},
+      {"float", [](auto& s) { s.WriteFloat("k", 1234567.0); }},
+      {"double", [](auto& s) { s.WriteFloat("k", -0.000123456789); }},
+      {"int vector", [&](auto& s) { s.WriteIntVector("k", ints); }},
+      {"bool vector", [&](auto& s) { s.WriteBoolVector("k", bools); }},
+      {"float vector", [&](auto& s) { s.WriteFloatVector("k", floatVector); }},
+      {"double array", [&](auto& s) { s.WriteDoubleVector("k", doubles, 3); }},
+      {"float array", [&](auto& s) { s.WriteFloatVector("k", floats, 2); }},
+      {"string list", [&](auto& s) { s.WriteStringVector("k", strings, ';'); }},
       {"std::string list",
-       [](ConfigurationSection& s) {
-         ConfigurationSectionUtilities::WriteStringVector(&s, "k", {"x", "7"}, ';');
+       [&](auto& s) {
+         ConfigurationSectionUtilities::WriteStringVector(&s, "k", stdStrings, ';');
        }},
-      {"narrow text",
-       [](ConfigurationSection& s) {
-         s.WriteKey("k", std::string("Gr\xc3\xbc\xc3\x9f"
-                                     "e"));
-       }},
-      {"wide text",
-       [](ConfigurationSection& s) { s.WriteKey("k", std::wstring(L"\u00c5sa \u20ac")); }},
+      {"narrow text", [](auto& s) { s.WriteKey("k", std::string("Gr\xc3\xbc\xc3\x9f\x65")); }},
+      {"wide text", [](auto& s) { s.WriteKey("k", std::wstring(L"\u00c5sa \u20ac")); }},
   };
   for (const auto& write : writes) {
     SCOPED_TRACE(write.first);
@@ -642,18 +615,10 @@ TEST_F(XMLSectionFile, CharactersXmlCannotCarryAreStoredAsReplacementsAndFlushSt
   {
     XMLSection section(path.c_str(), false);
     SectionPtr root(section.CreateSubSection("r"));
-    EXPECT_TRUE(root->WriteKey("control",
-                               "a\x01"
-                               "b"));
-    EXPECT_TRUE(root->WriteKey("fffe",
-                               "a\xEF\xBF\xBE"
-                               "b"));
-    EXPECT_TRUE(root->WriteKey("ffff",
-                               L"a\xFFFF"
-                               L"b"));
-    EXPECT_TRUE(root->WriteKey("surrogate",
-                               L"a\xD800"
-                               L"b"));
+    EXPECT_TRUE(root->WriteKey("control", "a\001b"));
+    EXPECT_TRUE(root->WriteKey("fffe", "a\xEF\xBF\xBE\x62"));  // \x62 is the "b"
+    EXPECT_TRUE(root->WriteKey("ffff", L"a\xFFFF\x62"));
+    EXPECT_TRUE(root->WriteKey("surrogate", L"a\xD800\x62"));
     EXPECT_TRUE(root->WriteKey("kept", "tab\tline\ncaf\xE9 \xF0\x9F\x98\x80"));
     ASSERT_TRUE(section.Flush());
     root->WriteKey("later", "change");
