@@ -4,7 +4,6 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
 
-#include <algorithm>
 #include <random>
 #include <sstream>
 #include <string>

@@ -5,7 +5,6 @@
 
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include "config/xerces_environment.h"
 #include "zenutl/cstring_format_target.h"
