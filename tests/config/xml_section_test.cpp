@@ -340,9 +340,10 @@ TEST(XMLSection, CurrentSectionCanBeSavedAndRestored) {
   EXPECT_EQ(document->GetCurrentSection()->mpNode, saved.mpNode);
 }
 
-// --- Typed values: the same text as the INI store -------------------------------------------
+// Tests that need files of their own.
+class XMLSectionFile : public TempDirTest {};
 
-class XMLSectionTyped : public TempDirTest {};
+// --- Typed values: the same text as the INI store -------------------------------------------
 
 // The value under "k" as read by every typed reader, in one line.
 std::string ReadEveryWay(const ConfigurationSection& s) {
@@ -375,7 +376,7 @@ std::string ReadEveryWay(const ConfigurationSection& s) {
   return out.str();
 }
 
-TEST_F(XMLSectionTyped, TypedValuesRoundTripWithTheSameTextAsTheIniStore) {
+TEST_F(XMLSectionFile, TypedValuesRoundTripWithTheSameTextAsTheIniStore) {
   XMLSection document;
   SectionPtr xml(document.CreateSubSection("S"));
   IniFileSection ini(File("same.ini").c_str(), "S");
@@ -478,9 +479,7 @@ TEST(XMLSection, CreateSubSectionAlongAPathLeaksNothingWhenAStepThrows) {
   });
 }
 
-class XMLSectionIni : public TempDirTest {};
-
-TEST_F(XMLSectionIni, WriteToSectionGivesAnIniFileTheKeysOfTheSection) {
+TEST_F(XMLSectionFile, WriteToSectionGivesAnIniFileTheKeysOfTheSection) {
   auto source = FromString(kTree);
   ASSERT_TRUE(source->ChangeSubSection("Settings"));
   {
@@ -496,8 +495,6 @@ TEST_F(XMLSectionIni, WriteToSectionGivesAnIniFileTheKeysOfTheSection) {
 }
 
 // --- Files and flushing ---------------------------------------------------------------------
-
-class XMLSectionFile : public TempDirTest {};
 
 TEST_F(XMLSectionFile, MissingFileIsEmptyAndFlushCreatesIt) {
   const std::string path = File("new.zxl");
@@ -779,9 +776,7 @@ TEST_F(XMLSectionParse, LoadsALocalDtdForItsDefaultsWhenAsked) {
 
 // --- Resources ------------------------------------------------------------------------------
 
-class XMLSectionResource : public TempDirTest {};
-
-TEST_F(XMLSectionResource, ReadsTheXmlResourceOfTheSelectedModule) {
+TEST_F(XMLSectionFile, ReadsTheXmlResourceOfTheSelectedModule) {
   WriteWholeFile(File("embedded.zxl"), "<root k=\"from file\"/>");
   zenutl_test::ScopedCatalogue catalogue(
       File("app.catalogue"),
