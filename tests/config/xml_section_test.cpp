@@ -42,6 +42,13 @@ std::unique_ptr<XMLSection> FromString(const std::string& text) {
   return std::unique_ptr<XMLSection>(XMLSection::CreateXMLSectionFromString(text.c_str()));
 }
 
+// The document of `text`, standing on its root element `root`.
+std::unique_ptr<XMLSection> AtRoot(const std::string& text, const char* root) {
+  std::unique_ptr<XMLSection> document = FromString(text);
+  EXPECT_TRUE(document->ChangeSubSection(root)) << text;
+  return document;
+}
+
 std::string Text(const ConfigurationSection& section, const char* key) {
   CString value;
   if (!section.ReadKey(key, value)) return "<missing>";
@@ -103,8 +110,7 @@ TEST(XMLSection, ChangeSubSectionAndHasSectionFindTheIndexedElementChild) {
       {"d", 1, nullptr, false},      {"d", -1, nullptr, false}, {"#text", 1, nullptr, false},
       {"#text", -1, nullptr, false}, {"C", 1, nullptr, false},
   };
-  auto document = FromString(kRepeated);
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot(kRepeated, "r");
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.name) + " #" + std::to_string(c.index));
     std::unique_ptr<ConfigurationSection> cursor(document->Copy());
@@ -117,8 +123,7 @@ TEST(XMLSection, ChangeSubSectionAndHasSectionFindTheIndexedElementChild) {
 }
 
 TEST(XMLSection, CountingAndListingIncludeChildrenOfAnyKind) {
-  auto document = FromString(kRepeated);
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot(kRepeated, "r");
   EXPECT_EQ(document->NumSubSections("c"), 3);
   EXPECT_EQ(document->NumSubSections("#text"), 1);
   EXPECT_EQ(document->NumSubSections("#comment"), 1);
@@ -141,8 +146,7 @@ TEST(XMLSection, CountingAndListingIncludeChildrenOfAnyKind) {
 }
 
 TEST(XMLSection, CreateSubSectionBeyondTheCountAppendsExactlyOneElement) {
-  auto document = FromString("<r><c n=\"1\"/></r>");
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot("<r><c n=\"1\"/></r>", "r");
   SectionPtr fifth(document->CreateSubSection("c", 5));
   EXPECT_EQ(document->NumSubSections("c"), 2);
   EXPECT_TRUE(fifth->IsEmpty());
@@ -156,8 +160,7 @@ TEST(XMLSection, CreateSubSectionBeyondTheCountAppendsExactlyOneElement) {
 }
 
 TEST(XMLSection, ChangeSectionMovesToASiblingOrAppendsIt) {
-  auto document = FromString("<r><a/><b k=\"1\"/><b k=\"2\"/></r>");
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot("<r><a/><b k=\"1\"/><b k=\"2\"/></r>", "r");
   ASSERT_TRUE(document->ChangeSubSection("a"));
   document->ChangeSection("b");
   EXPECT_EQ(Text(*document, "k"), "1");
@@ -171,8 +174,7 @@ TEST(XMLSection, ChangeSectionMovesToASiblingOrAppendsIt) {
 
 TEST(XMLSection, NonAsciiSectionNamesNeverMatch) {
   const char* const name = "Gr\xc3\xb6\xc3\x9f\x65";  // "Größe" in UTF-8
-  auto document = FromString("<r/>");
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot("<r/>", "r");
   SectionPtr child(document->CreateSubSection(name));
   child->ChangeSection(name);
   child->ChangeSection(name);
@@ -296,15 +298,13 @@ TEST(XMLSection, IsEmptyLooksAtChildrenOfAnyKindAndAttributes) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.first);
-    auto document = FromString(c.first);
-    ASSERT_TRUE(document->ChangeSubSection("r"));
+    auto document = AtRoot(c.first, "r");
     EXPECT_EQ(document->IsEmpty(), c.second);
   }
 }
 
 TEST(XMLSection, DeleteSectionMovesToTheParentAndDropsTheSubtree) {
-  auto document = FromString("<r k=\"root\"><a><b/></a><c/></r>");
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot("<r k=\"root\"><a><b/></a><c/></r>", "r");
   SectionPtr a(document->CreateSubSection("a"));
   EXPECT_TRUE(a->DeleteSection());
   EXPECT_EQ(Text(*a, "k"), "root");
@@ -329,8 +329,7 @@ TEST(XMLSection, CopiesShareTheDocumentAndKeepItAlive) {
 }
 
 TEST(XMLSection, CurrentSectionCanBeSavedAndRestored) {
-  auto document = FromString("<r><a k=\"a\"/><b k=\"b\"/></r>");
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot("<r><a k=\"a\"/><b k=\"b\"/></r>", "r");
   ASSERT_TRUE(document->ChangeSubSection("a"));
   CurrentNode saved = *document->GetCurrentSection();
   document->ChangeSection("b");
@@ -430,8 +429,7 @@ const char kTree[] =
     "</Settings>";
 
 TEST(XMLSection, WriteToSectionCopiesTheTreeIntoAnotherDocument) {
-  auto source = FromString(kTree);
-  ASSERT_TRUE(source->ChangeSubSection("Settings"));
+  auto source = AtRoot(kTree, "Settings");
   XMLSection target;
   SectionPtr copy(target.CreateSubSection("Copy"));
   EXPECT_TRUE(source->WriteToSection(copy.get()));
@@ -444,10 +442,8 @@ TEST(XMLSection, WriteToSectionCopiesTheTreeIntoAnotherDocument) {
 }
 
 TEST(XMLSection, WriteToSectionMergesRepeatedChildrenIntoExistingOnesByIndex) {
-  auto source = FromString("<s><r a=\"1\"/><r a=\"2\"/></s>");
-  ASSERT_TRUE(source->ChangeSubSection("s"));
-  auto target = FromString("<t><r b=\"x\"/></t>");
-  ASSERT_TRUE(target->ChangeSubSection("t"));
+  auto source = AtRoot("<s><r a=\"1\"/><r a=\"2\"/></s>", "s");
+  auto target = AtRoot("<t><r b=\"x\"/></t>", "t");
   ASSERT_TRUE(source->WriteToSection(target.get()));
   EXPECT_EQ(Xml(*target), "<t><r a=\"1\" b=\"x\"/><r a=\"2\"/></t>");
 }
@@ -455,8 +451,7 @@ TEST(XMLSection, WriteToSectionMergesRepeatedChildrenIntoExistingOnesByIndex) {
 // Copying a section into one of its own children copies the children as they were before the
 // copy began, instead of meeting the copies it makes again and again.
 TEST(XMLSection, WriteToSectionIntoItsOwnChildCopiesTheTreeAsItWas) {
-  auto document = FromString("<r k=\"1\"><a x=\"2\"><b/></a></r>");
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot("<r k=\"1\"><a x=\"2\"><b/></a></r>", "r");
   SectionPtr backup(document->CreateSubSection("Backup"));
   EXPECT_TRUE(document->WriteToSection(backup.get()));
   EXPECT_EQ(
@@ -480,8 +475,7 @@ TEST(XMLSection, CreateSubSectionAlongAPathLeaksNothingWhenAStepThrows) {
 }
 
 TEST_F(XMLSectionFile, WriteToSectionGivesAnIniFileTheKeysOfTheSection) {
-  auto source = FromString(kTree);
-  ASSERT_TRUE(source->ChangeSubSection("Settings"));
+  auto source = AtRoot(kTree, "Settings");
   {
     IniFileSection ini(File("copy.ini").c_str(), "Settings");
     EXPECT_TRUE(source->WriteToSection(&ini));
