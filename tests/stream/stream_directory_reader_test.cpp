@@ -12,7 +12,6 @@
 namespace {
 
 using zenutl_test::Bytes;
-typedef StreamHelperDirectory Directory;
 
 class StreamDirectoryReaderTest : public zenutl_test::TempDirTest {};
 
