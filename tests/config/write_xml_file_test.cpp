@@ -124,18 +124,17 @@ TEST(WriteXMLFile, KeepsTheParsedDocumentsEncodingAndLeavesOutDefaultedAttribute
 }
 
 TEST(CStringFormatTarget, ZeroByteEndsAChunkAndTheCountBoundsIt) {
-  struct Case {
+  const struct {
     std::string bytes;
     std::size_t count;
     const char* expected;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {std::string("ab\0cd", 5), 5, "ab"},
       {"abcdef", 3, "abc"},
       {"xyz", 3, "xyz"},
       {std::string("\0q", 2), 2, ""},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.expected);
     CString text("<");
     CStringFormatTarget target(text);
@@ -156,13 +155,12 @@ TEST_F(WriteXMLFileTest, PrintFilterAnswersByNameTypeAndMask) {
   const DOMNode* instruction = doc_->createProcessingInstruction(u"pi", u"x");
   const DOMNode* cdata = doc_->createCDATASection(u"c");
 
-  struct Case {
+  const struct {
     const char* what;
     const DOMNode* node;
     DOMNodeFilter::FilterAction all;      // with every node type in the mask
     DOMNodeFilter::FilterAction mask203;  // with element, attribute and document type only
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"person", person, DOMNodeFilter::FILTER_SKIP, DOMNodeFilter::FILTER_SKIP},
       {"link", link, DOMNodeFilter::FILTER_REJECT, DOMNodeFilter::FILTER_REJECT},
       {"other element", name, DOMNodeFilter::FILTER_ACCEPT, DOMNodeFilter::FILTER_ACCEPT},
@@ -179,7 +177,7 @@ TEST_F(WriteXMLFileTest, PrintFilterAnswersByNameTypeAndMask) {
   DOMPrintFilter some(0x203);
   EXPECT_EQ(all.getWhatToShow(), DOMNodeFilter::SHOW_ALL);
   EXPECT_EQ(some.getWhatToShow(), 0x203u);
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     EXPECT_EQ(all.acceptNode(c.node), c.all);
     EXPECT_EQ(some.acceptNode(c.node), c.mask203);

@@ -98,20 +98,19 @@ const char kRepeated[] =
     "<r><c n=\"1\"/><x n=\"x\"/>text<!--c--><c n=\"2\"/><c n=\"3\"><d n=\"deep\"/></c></r>";
 
 TEST(XMLSection, ChangeSubSectionAndHasSectionFindTheIndexedElementChild) {
-  struct Case {
+  const struct {
     const char* name;
     int index;
     const char* found;  // the "n" key there, or null for no move
     bool has;           // HasSection's answer
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"c", 1, "1", true},           {"c", 3, "3", true},       {"c", 4, nullptr, false},
       {"c", 0, nullptr, false},      {"c", -1, nullptr, true},  {"x", 1, "x", true},
       {"d", 1, nullptr, false},      {"d", -1, nullptr, false}, {"#text", 1, nullptr, false},
       {"#text", -1, nullptr, false}, {"C", 1, nullptr, false},
   };
   auto document = AtRoot(kRepeated, "r");
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.name) + " #" + std::to_string(c.index));
     std::unique_ptr<ConfigurationSection> cursor(document->Copy());
     EXPECT_EQ(cursor->ChangeSubSection(c.name, c.index), c.found != nullptr);
@@ -260,12 +259,11 @@ TEST(XMLSection, BufferReadsCutAtTheSizeAndTerminateJustAfter) {
 }
 
 TEST(XMLSection, ReadIntStoresTheValueEvenWhenTheAnswerIsFalse) {
-  struct Case {
+  const struct {
     const char* text;
     bool ok;
     int value;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"42", true, 42},
       {"-17", true, -17},
       {" 8", true, 8},
@@ -278,7 +276,7 @@ TEST(XMLSection, ReadIntStoresTheValueEvenWhenTheAnswerIsFalse) {
   };
   XMLSection document;
   SectionPtr root(document.CreateSubSection("root"));
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
     root->WriteKey("k", c.text);
     int value = 555;
