@@ -4,7 +4,6 @@
 #include <xercesc/dom/DOM.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
 
-#include <algorithm>
 #include <random>
 #include <sstream>
 #include <string>
@@ -69,12 +68,11 @@ std::string Deepest(const std::string& innermost, int beyond) {
 }
 
 TEST(LocalPathOfSystemId, AcceptsOnlyFilesOnThisMachine) {
-  struct Case {
+  const struct {
     const char16_t* id;
     const char16_t* base;
     const char* path;  // null: refused
-  };
-  const Case cases[] = {
+  } cases[] = {
       {u"config.dtd", nullptr, "config.dtd"},
       {u"config.dtd", u"memory", "config.dtd"},
       {u"sub\\config.dtd", u"/etc/app/settings.zxl", "/etc/app/sub/config.dtd"},
@@ -100,7 +98,7 @@ TEST(LocalPathOfSystemId, AcceptsOnlyFilesOnThisMachine) {
       {u"", nullptr, nullptr},
       {u" ", u"/etc/app/x.zxl", nullptr},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(Narrow(c.id) + " under " + Narrow(c.base));
     std::string path = "untouched";
     EXPECT_EQ(LocalPathOfSystemId(c.id, c.base, path), c.path != nullptr);
@@ -260,12 +258,11 @@ TEST(GuardedDOMParser, StopsEntityExpansionBombsCleanly) {
   const std::string big(1025, 'x');
   const std::string blowup =
       "<!DOCTYPE r [<!ENTITY big \"" + big + "\">]><r>" + Repeat("&big;", 1000) + "</r>";
-  struct Case {
+  const struct {
     const char* what;
     std::string text;
     std::string expected;
-  };
-  const Case cases[] = {
+  } cases[] = {
       // "parser has encountered more than ... entity expansions"
       {"billion laughs in content", laughs + "<lolz>&lol9;</lolz>", ParseFailure('p')},
       {"billion laughs in an attribute", laughs + "<lolz a=\"&lol9;\"/>", ParseFailure('p')},
@@ -273,7 +270,7 @@ TEST(GuardedDOMParser, StopsEntityExpansionBombsCleanly) {
       {"parameter entity bomb", "<!DOCTYPE r [<!ENTITY % big \"" + big + "\">]><r/>",
        ParseFailure('E')},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     EXPECT_EQ(Outcome(c.text, true), c.expected);
   }
@@ -296,12 +293,11 @@ TEST(GuardedDOMParser, TurnsMalformedInputIntoTheParseException) {
   std::mt19937 generator(20240521);
   std::string binary;
   for (int i = 0; i < 4096; ++i) binary.push_back(static_cast<char>(generator()));
-  struct Case {
+  const struct {
     const char* what;
     std::string text;
     char first;  // first character of the parser's message
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"truncated after a start tag", "<a><b x='1'>", 'i'},
       {"truncated inside a tag", "<a x='1", 'u'},
       {"empty", "", 'i'},
@@ -321,7 +317,7 @@ TEST(GuardedDOMParser, TurnsMalformedInputIntoTheParseException) {
        Repeat("<a><e/><f></f>", 100000) + Repeat("</a>", 100000), 'E'},
       {"an empty element one level too deep", Deepest("<e/>", 1), 'E'},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     for (bool load : {false, true}) EXPECT_EQ(Outcome(c.text, load), ParseFailure(c.first));
   }

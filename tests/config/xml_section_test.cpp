@@ -21,12 +21,11 @@
 #include "support/exception_matchers.h"
 #include "support/file_handle_shortage.h"
 #include "support/full_disk.h"
+#include "support/scoped_catalogue.h"
 #include "support/temp_dir.h"
 #include "support/unprivileged_user.h"
 #include "zenutl/ini_file_section.h"
-#include "zenutl/language_string.h"
 #include "zenutl/memory_xml_input_stream.h"
-#include "zenutl/resource_module.h"
 #include "zenutl/write_xml_file.h"
 #include "zenutl/xml_input_limit.h"
 
@@ -41,6 +40,13 @@ const char kParseError[] = "An error occurred during parsing\nMessage: ";
 
 std::unique_ptr<XMLSection> FromString(const std::string& text) {
   return std::unique_ptr<XMLSection>(XMLSection::CreateXMLSectionFromString(text.c_str()));
+}
+
+// The document of `text`, standing on its root element `root`.
+std::unique_ptr<XMLSection> AtRoot(const std::string& text, const char* root) {
+  std::unique_ptr<XMLSection> document = FromString(text);
+  EXPECT_TRUE(document->ChangeSubSection(root)) << text;
+  return document;
 }
 
 std::string Text(const ConfigurationSection& section, const char* key) {
@@ -92,21 +98,19 @@ const char kRepeated[] =
     "<r><c n=\"1\"/><x n=\"x\"/>text<!--c--><c n=\"2\"/><c n=\"3\"><d n=\"deep\"/></c></r>";
 
 TEST(XMLSection, ChangeSubSectionAndHasSectionFindTheIndexedElementChild) {
-  struct Case {
+  const struct {
     const char* name;
     int index;
     const char* found;  // the "n" key there, or null for no move
     bool has;           // HasSection's answer
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"c", 1, "1", true},           {"c", 3, "3", true},       {"c", 4, nullptr, false},
       {"c", 0, nullptr, false},      {"c", -1, nullptr, true},  {"x", 1, "x", true},
       {"d", 1, nullptr, false},      {"d", -1, nullptr, false}, {"#text", 1, nullptr, false},
       {"#text", -1, nullptr, false}, {"C", 1, nullptr, false},
   };
-  auto document = FromString(kRepeated);
-  ASSERT_TRUE(document->ChangeSubSection("r"));
-  for (const Case& c : cases) {
+  auto document = AtRoot(kRepeated, "r");
+  for (const auto& c : cases) {
     SCOPED_TRACE(std::string(c.name) + " #" + std::to_string(c.index));
     std::unique_ptr<ConfigurationSection> cursor(document->Copy());
     EXPECT_EQ(cursor->ChangeSubSection(c.name, c.index), c.found != nullptr);
@@ -118,8 +122,7 @@ TEST(XMLSection, ChangeSubSectionAndHasSectionFindTheIndexedElementChild) {
 }
 
 TEST(XMLSection, CountingAndListingIncludeChildrenOfAnyKind) {
-  auto document = FromString(kRepeated);
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot(kRepeated, "r");
   EXPECT_EQ(document->NumSubSections("c"), 3);
   EXPECT_EQ(document->NumSubSections("#text"), 1);
   EXPECT_EQ(document->NumSubSections("#comment"), 1);
@@ -142,8 +145,7 @@ TEST(XMLSection, CountingAndListingIncludeChildrenOfAnyKind) {
 }
 
 TEST(XMLSection, CreateSubSectionBeyondTheCountAppendsExactlyOneElement) {
-  auto document = FromString("<r><c n=\"1\"/></r>");
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot("<r><c n=\"1\"/></r>", "r");
   SectionPtr fifth(document->CreateSubSection("c", 5));
   EXPECT_EQ(document->NumSubSections("c"), 2);
   EXPECT_TRUE(fifth->IsEmpty());
@@ -157,8 +159,7 @@ TEST(XMLSection, CreateSubSectionBeyondTheCountAppendsExactlyOneElement) {
 }
 
 TEST(XMLSection, ChangeSectionMovesToASiblingOrAppendsIt) {
-  auto document = FromString("<r><a/><b k=\"1\"/><b k=\"2\"/></r>");
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot("<r><a/><b k=\"1\"/><b k=\"2\"/></r>", "r");
   ASSERT_TRUE(document->ChangeSubSection("a"));
   document->ChangeSection("b");
   EXPECT_EQ(Text(*document, "k"), "1");
@@ -171,28 +172,14 @@ TEST(XMLSection, ChangeSectionMovesToASiblingOrAppendsIt) {
 }
 
 TEST(XMLSection, NonAsciiSectionNamesNeverMatch) {
-  auto document = FromString("<r/>");
-  ASSERT_TRUE(document->ChangeSubSection("r"));
-  SectionPtr child(
-      document->CreateSubSection("Gr\xc3\xb6\xc3\x9f"
-                                 "e"));
-  child->ChangeSection(
-      "Gr\xc3\xb6\xc3\x9f"
-      "e");
-  child->ChangeSection(
-      "Gr\xc3\xb6\xc3\x9f"
-      "e");
-  EXPECT_EQ(document->NumSubSections("Gr\xc3\xb6\xc3\x9f"
-                                     "e"),
-            0);
-  EXPECT_FALSE(
-      document->ChangeSubSection("Gr\xc3\xb6\xc3\x9f"
-                                 "e"));
-  EXPECT_EQ(Xml(*document),
-            "<r><Gr\xc3\xb6\xc3\x9f"
-            "e/><Gr\xc3\xb6\xc3\x9f"
-            "e/><Gr\xc3\xb6\xc3\x9f"
-            "e/></r>");
+  const char* const name = "Gr\xc3\xb6\xc3\x9f\x65";  // "Größe" in UTF-8
+  auto document = AtRoot("<r/>", "r");
+  SectionPtr child(document->CreateSubSection(name));
+  child->ChangeSection(name);
+  child->ChangeSection(name);
+  EXPECT_EQ(document->NumSubSections(name), 0);
+  EXPECT_FALSE(document->ChangeSubSection(name));
+  EXPECT_EQ(Xml(*document), "<r>" + Repeat("<" + std::string(name) + "/>", 3) + "</r>");
 }
 
 TEST(XMLSection, IllegalNamesThrowTheDomErrorFromTheWrite) {
@@ -209,9 +196,7 @@ TEST(XMLSection, IllegalNamesThrowTheDomErrorFromTheWrite) {
 // --- Keys ----------------------------------------------------------------------------------
 
 TEST(XMLSection, EveryTextFormReadsWhatEveryTextFormWrote) {
-  const std::string narrow =
-      "Gr\xc3\xbc\xc3\x9f"
-      "e \xe2\x82\xac \xf0\x9f\x98\x80";
+  const std::string narrow = "Gr\xc3\xbc\xc3\x9f\x65 \xe2\x82\xac \xf0\x9f\x98\x80";
   const std::wstring wide = L"Gr\u00fc\u00dfe \u20ac \U0001F600";
   XMLSection document;
   SectionPtr root(document.CreateSubSection("root"));
@@ -274,12 +259,11 @@ TEST(XMLSection, BufferReadsCutAtTheSizeAndTerminateJustAfter) {
 }
 
 TEST(XMLSection, ReadIntStoresTheValueEvenWhenTheAnswerIsFalse) {
-  struct Case {
+  const struct {
     const char* text;
     bool ok;
     int value;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"42", true, 42},
       {"-17", true, -17},
       {" 8", true, 8},
@@ -292,7 +276,7 @@ TEST(XMLSection, ReadIntStoresTheValueEvenWhenTheAnswerIsFalse) {
   };
   XMLSection document;
   SectionPtr root(document.CreateSubSection("root"));
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.text);
     root->WriteKey("k", c.text);
     int value = 555;
@@ -312,15 +296,13 @@ TEST(XMLSection, IsEmptyLooksAtChildrenOfAnyKindAndAttributes) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.first);
-    auto document = FromString(c.first);
-    ASSERT_TRUE(document->ChangeSubSection("r"));
+    auto document = AtRoot(c.first, "r");
     EXPECT_EQ(document->IsEmpty(), c.second);
   }
 }
 
 TEST(XMLSection, DeleteSectionMovesToTheParentAndDropsTheSubtree) {
-  auto document = FromString("<r k=\"root\"><a><b/></a><c/></r>");
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot("<r k=\"root\"><a><b/></a><c/></r>", "r");
   SectionPtr a(document->CreateSubSection("a"));
   EXPECT_TRUE(a->DeleteSection());
   EXPECT_EQ(Text(*a, "k"), "root");
@@ -345,8 +327,7 @@ TEST(XMLSection, CopiesShareTheDocumentAndKeepItAlive) {
 }
 
 TEST(XMLSection, CurrentSectionCanBeSavedAndRestored) {
-  auto document = FromString("<r><a k=\"a\"/><b k=\"b\"/></r>");
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot("<r><a k=\"a\"/><b k=\"b\"/></r>", "r");
   ASSERT_TRUE(document->ChangeSubSection("a"));
   CurrentNode saved = *document->GetCurrentSection();
   document->ChangeSection("b");
@@ -356,9 +337,10 @@ TEST(XMLSection, CurrentSectionCanBeSavedAndRestored) {
   EXPECT_EQ(document->GetCurrentSection()->mpNode, saved.mpNode);
 }
 
-// --- Typed values: the same text as the INI store -------------------------------------------
+// Tests that need files of their own.
+class XMLSectionFile : public TempDirTest {};
 
-class XMLSectionTyped : public TempDirTest {};
+// --- Typed values: the same text as the INI store -------------------------------------------
 
 // The value under "k" as read by every typed reader, in one line.
 std::string ReadEveryWay(const ConfigurationSection& s) {
@@ -391,46 +373,34 @@ std::string ReadEveryWay(const ConfigurationSection& s) {
   return out.str();
 }
 
-TEST_F(XMLSectionTyped, TypedValuesRoundTripWithTheSameTextAsTheIniStore) {
+TEST_F(XMLSectionFile, TypedValuesRoundTripWithTheSameTextAsTheIniStore) {
   XMLSection document;
   SectionPtr xml(document.CreateSubSection("S"));
   IniFileSection ini(File("same.ini").c_str(), "S");
   const double doubles[] = {0, 1.5, -2.25, 1e-7};
   const float floats[] = {0, 0.125f, 3.5f};
+  const std::vector<int> ints = {3, -1, 0, 77};
+  const std::vector<bool> bools = {true, false};
+  const std::vector<float> floatVector = {1.5f, -0.25f};
+  const std::vector<CString> strings = {"a", "", "b c"};
+  const std::vector<std::string> stdStrings = {"x", "7"};
   const std::vector<std::pair<const char*, std::function<void(ConfigurationSection&)> > > writes = {
-      {"bool", [](ConfigurationSection& s) { s.WriteBool("k", false); }},
-      {"int", [](ConfigurationSection& s) { s.WriteInt("k", INT_MIN); }},
-      {"float", [](ConfigurationSection& s) { s.WriteFloat("k", 1234567.0); }},
-      {"double", [](ConfigurationSection& s) { s.WriteFloat("k", -0.000123456789); }},
-      {"int vector",
-       [](ConfigurationSection& s) {
-         s.WriteIntVector("k", {3, -1, 0, 77});
-       }},
-      {"bool vector",
-       [](ConfigurationSection& s) {
-         s.WriteBoolVector("k", {true, false});
-       }},
-      {"float vector",
-       [](ConfigurationSection& s) {
-         s.WriteFloatVector("k", {1.5f, -0.25f});
-       }},
-      {"double array", [&](ConfigurationSection& s) { s.WriteDoubleVector("k", doubles, 3); }},
-      {"float array", [&](ConfigurationSection& s) { s.WriteFloatVector("k", floats, 2); }},
-      {"string list",
-       [](ConfigurationSection& s) {
-         s.WriteStringVector("k", {CString("a"), CString(""), CString("b c")}, ';');
-       }},
+      {"bool", [](auto& s) { s.WriteBool("k", false); }},
+      {"int", [](auto& s) { s.WriteInt("k", INT_MIN); }},
+      {"float", [](auto& s) { s.WriteFloat("k", 1234567.0); }},
+      {"double", [](auto& s) { s.WriteFloat("k", -0.000123456789); }},
+      {"int vector", [&](auto& s) { s.WriteIntVector("k", ints); }},
+      {"bool vector", [&](auto& s) { s.WriteBoolVector("k", bools); }},
+      {"float vector", [&](auto& s) { s.WriteFloatVector("k", floatVector); }},
+      {"double array", [&](auto& s) { s.WriteDoubleVector("k", doubles, 3); }},
+      {"float array", [&](auto& s) { s.WriteFloatVector("k", floats, 2); }},
+      {"string list", [&](auto& s) { s.WriteStringVector("k", strings, ';'); }},
       {"std::string list",
-       [](ConfigurationSection& s) {
-         ConfigurationSectionUtilities::WriteStringVector(&s, "k", {"x", "7"}, ';');
+       [&](auto& s) {
+         ConfigurationSectionUtilities::WriteStringVector(&s, "k", stdStrings, ';');
        }},
-      {"narrow text",
-       [](ConfigurationSection& s) {
-         s.WriteKey("k", std::string("Gr\xc3\xbc\xc3\x9f"
-                                     "e"));
-       }},
-      {"wide text",
-       [](ConfigurationSection& s) { s.WriteKey("k", std::wstring(L"\u00c5sa \u20ac")); }},
+      {"narrow text", [](auto& s) { s.WriteKey("k", std::string("Gr\xc3\xbc\xc3\x9f\x65")); }},
+      {"wide text", [](auto& s) { s.WriteKey("k", std::wstring(L"\u00c5sa \u20ac")); }},
   };
   for (const auto& write : writes) {
     SCOPED_TRACE(write.first);
@@ -457,8 +427,7 @@ const char kTree[] =
     "</Settings>";
 
 TEST(XMLSection, WriteToSectionCopiesTheTreeIntoAnotherDocument) {
-  auto source = FromString(kTree);
-  ASSERT_TRUE(source->ChangeSubSection("Settings"));
+  auto source = AtRoot(kTree, "Settings");
   XMLSection target;
   SectionPtr copy(target.CreateSubSection("Copy"));
   EXPECT_TRUE(source->WriteToSection(copy.get()));
@@ -471,10 +440,8 @@ TEST(XMLSection, WriteToSectionCopiesTheTreeIntoAnotherDocument) {
 }
 
 TEST(XMLSection, WriteToSectionMergesRepeatedChildrenIntoExistingOnesByIndex) {
-  auto source = FromString("<s><r a=\"1\"/><r a=\"2\"/></s>");
-  ASSERT_TRUE(source->ChangeSubSection("s"));
-  auto target = FromString("<t><r b=\"x\"/></t>");
-  ASSERT_TRUE(target->ChangeSubSection("t"));
+  auto source = AtRoot("<s><r a=\"1\"/><r a=\"2\"/></s>", "s");
+  auto target = AtRoot("<t><r b=\"x\"/></t>", "t");
   ASSERT_TRUE(source->WriteToSection(target.get()));
   EXPECT_EQ(Xml(*target), "<t><r a=\"1\" b=\"x\"/><r a=\"2\"/></t>");
 }
@@ -482,8 +449,7 @@ TEST(XMLSection, WriteToSectionMergesRepeatedChildrenIntoExistingOnesByIndex) {
 // Copying a section into one of its own children copies the children as they were before the
 // copy began, instead of meeting the copies it makes again and again.
 TEST(XMLSection, WriteToSectionIntoItsOwnChildCopiesTheTreeAsItWas) {
-  auto document = FromString("<r k=\"1\"><a x=\"2\"><b/></a></r>");
-  ASSERT_TRUE(document->ChangeSubSection("r"));
+  auto document = AtRoot("<r k=\"1\"><a x=\"2\"><b/></a></r>", "r");
   SectionPtr backup(document->CreateSubSection("Backup"));
   EXPECT_TRUE(document->WriteToSection(backup.get()));
   EXPECT_EQ(
@@ -506,11 +472,8 @@ TEST(XMLSection, CreateSubSectionAlongAPathLeaksNothingWhenAStepThrows) {
   });
 }
 
-class XMLSectionIni : public TempDirTest {};
-
-TEST_F(XMLSectionIni, WriteToSectionGivesAnIniFileTheKeysOfTheSection) {
-  auto source = FromString(kTree);
-  ASSERT_TRUE(source->ChangeSubSection("Settings"));
+TEST_F(XMLSectionFile, WriteToSectionGivesAnIniFileTheKeysOfTheSection) {
+  auto source = AtRoot(kTree, "Settings");
   {
     IniFileSection ini(File("copy.ini").c_str(), "Settings");
     EXPECT_TRUE(source->WriteToSection(&ini));
@@ -524,8 +487,6 @@ TEST_F(XMLSectionIni, WriteToSectionGivesAnIniFileTheKeysOfTheSection) {
 }
 
 // --- Files and flushing ---------------------------------------------------------------------
-
-class XMLSectionFile : public TempDirTest {};
 
 TEST_F(XMLSectionFile, MissingFileIsEmptyAndFlushCreatesIt) {
   const std::string path = File("new.zxl");
@@ -643,18 +604,10 @@ TEST_F(XMLSectionFile, CharactersXmlCannotCarryAreStoredAsReplacementsAndFlushSt
   {
     XMLSection section(path.c_str(), false);
     SectionPtr root(section.CreateSubSection("r"));
-    EXPECT_TRUE(root->WriteKey("control",
-                               "a\x01"
-                               "b"));
-    EXPECT_TRUE(root->WriteKey("fffe",
-                               "a\xEF\xBF\xBE"
-                               "b"));
-    EXPECT_TRUE(root->WriteKey("ffff",
-                               L"a\xFFFF"
-                               L"b"));
-    EXPECT_TRUE(root->WriteKey("surrogate",
-                               L"a\xD800"
-                               L"b"));
+    EXPECT_TRUE(root->WriteKey("control", "a\001b"));
+    EXPECT_TRUE(root->WriteKey("fffe", "a\xEF\xBF\xBE\x62"));  // \x62 is the "b"
+    EXPECT_TRUE(root->WriteKey("ffff", L"a\xFFFF\x62"));
+    EXPECT_TRUE(root->WriteKey("surrogate", L"a\xD800\x62"));
     EXPECT_TRUE(root->WriteKey("kept", "tab\tline\ncaf\xE9 \xF0\x9F\x98\x80"));
     ASSERT_TRUE(section.Flush());
     root->WriteKey("later", "change");
@@ -815,30 +768,15 @@ TEST_F(XMLSectionParse, LoadsALocalDtdForItsDefaultsWhenAsked) {
 
 // --- Resources ------------------------------------------------------------------------------
 
-class XMLSectionResource : public TempDirTest {
- protected:
-  void SetUp() override {
-    WriteWholeFile(File("embedded.zxl"), "<root k=\"from file\"/>");
-    WriteWholeFile(File("app.catalogue"),
-                   "zenutl-catalogue 1\n"
-                   "string 0xF022 No such XML resource.\n"
-                   "hex 23 101 3c726f6f74206b3d2268657822 2f3e\n"  // <root k="hex"/>
-                   "file 23 102 embedded.zxl\n"
-                   "hex 23 103 3c726f6f74\n"  // <root
-                   "hex 10 104 3c726f6f74206b3d2277726f6e67222f3e\n");
-    CString error;
-    module_ = ZnLoadResourceModule(File("app.catalogue").c_str(), &error);
-    ASSERT_NE(module_, nullptr) << error.GetString();
-    LanguageString::SetResourceInstance(module_);
-  }
-  void TearDown() override {
-    LanguageString::SetResourceInstance(nullptr);
-    ZnFreeResourceModule(module_);
-  }
-  HINSTANCE module_ = nullptr;
-};
-
-TEST_F(XMLSectionResource, ReadsTheXmlResourceOfTheSelectedModule) {
+TEST_F(XMLSectionFile, ReadsTheXmlResourceOfTheSelectedModule) {
+  WriteWholeFile(File("embedded.zxl"), "<root k=\"from file\"/>");
+  zenutl_test::ScopedCatalogue catalogue(
+      File("app.catalogue"),
+      "string 0xF022 No such XML resource.\n"
+      "hex 23 101 3c726f6f74206b3d2268657822 2f3e\n"  // <root k="hex"/>
+      "file 23 102 embedded.zxl\n"
+      "hex 23 103 3c726f6f74\n"  // <root
+      "hex 10 104 3c726f6f74206b3d2277726f6e67222f3e\n");
   struct Case {
     unsigned id;
     std::string expected;

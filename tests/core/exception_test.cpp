@@ -9,14 +9,11 @@
 
 namespace {
 
-TEST(Exception, DefaultHasNoMessageAndNoCause) {
-  Exception e;
-  EXPECT_STREQ(e.Why(), "");
-  EXPECT_STREQ(e.RecursiveWhy(), "");
-  EXPECT_EQ(e.GetInnerException(), nullptr);
-}
-
 TEST(Exception, RecursiveWhyListsTheChainOutermostFirst) {
+  Exception none;
+  EXPECT_STREQ(none.Why(), "");
+  EXPECT_STREQ(none.RecursiveWhy(), "");
+  EXPECT_EQ(none.GetInnerException(), nullptr);
   Exception e("a", Exception("b", Exception("c")));
   EXPECT_STREQ(e.Why(), "a");
   EXPECT_STREQ(e.RecursiveWhy(), "a\nb\nc");
@@ -24,21 +21,17 @@ TEST(Exception, RecursiveWhyListsTheChainOutermostFirst) {
   EXPECT_STREQ(withEmptyLink.RecursiveWhy(), "top\n");
 }
 
-TEST(Exception, CauseKeepsItsDynamicType) {
-  Exception e("outer", OverflowError("too big"));
-  ASSERT_NE(e.GetInnerException(), nullptr);
-  EXPECT_NE(dynamic_cast<const OverflowError*>(e.GetInnerException()), nullptr);
-  EXPECT_STREQ(e.GetInnerException()->Why(), "too big");
-}
-
-TEST(Exception, ChainSurvivesTheCallersCause) {
-  std::unique_ptr<Exception> cause(new InvalidArgument("gone"));
+// The cause is the library's own copy: the caller's may go, and its type stays.
+TEST(Exception, CauseIsACopyThatKeepsItsDynamicType) {
+  std::unique_ptr<Exception> cause(new OverflowError("too big"));
   Exception e("outer", *cause);
   cause.reset();
-  EXPECT_STREQ(e.RecursiveWhy(), "outer\ngone");
+  ASSERT_NE(e.GetInnerException(), nullptr);
+  EXPECT_NE(dynamic_cast<const OverflowError*>(e.GetInnerException()), nullptr);
+  EXPECT_STREQ(e.RecursiveWhy(), "outer\ntoo big");
 }
 
-TEST(Exception, CopiesAndClonesShareTheCause) {
+TEST(Exception, CopiesAndClonesShareTheCauseAndKeepTheDerivedType) {
   Exception e("outer", Exception("inner"));
   Exception copy(e);
   std::unique_ptr<Exception> clone(e.Clone());
@@ -48,12 +41,10 @@ TEST(Exception, CopiesAndClonesShareTheCause) {
   assigned = e;
   EXPECT_EQ(assigned.GetInnerException(), e.GetInnerException());
   EXPECT_STREQ(assigned.Why(), "outer");
-}
 
-TEST(Exception, CloneThroughBaseKeepsTheDerivedType) {
   StreamException stream("read past end");
   const Exception& base = stream;
-  std::unique_ptr<Exception> clone(base.Clone());
+  clone.reset(base.Clone());
   EXPECT_NE(dynamic_cast<StreamException*>(clone.get()), nullptr);
   EXPECT_STREQ(clone->Why(), "read past end");
   // Built empty, it still names itself.

@@ -17,13 +17,10 @@
 
 #include "support/exception_matchers.h"
 #include "support/reference_strtod.h"
-#include "support/temp_dir.h"
-#include "zenutl/language_string.h"
-#include "zenutl/resource_module.h"
+#include "support/scoped_catalogue.h"
 
 namespace {
 
-using zenutl_test::WriteWholeFile;
 using ZnString::EParseResult;
 const EParseResult kOk = ZnString::eParseOk, kUnder = ZnString::eParseUnderflow,
                    kOver = ZnString::eParseOverflow, kBad = ZnString::eParseInvalid;
@@ -277,22 +274,19 @@ TEST(ZnString, PrintsMissingTextForMinusNinetyNineOfEveryType) {
 // fetched here and nowhere else in this program.
 TEST(ZnString, TranslatedFormatReadsOnlyWhatTheCallPasses) {
   zenutl_test::TempDir dir;
-  WriteWholeFile(dir.File("sv.txt"),
-                 "zenutl-catalogue 1\n"
-                 "string 17057 %s%n\n"
-                 "string 17058 %s saknas\n"
-                 "string 17063 '%s' %s %s\n"
-                 "string 17064 %S\n"
-                 "string 17065 %1$s kan inte vara l\xc3\xa4ngre \xc3\xa4n %2$u tecken.\n"
-                 "string 17074 %4000s\n"
-                 "string 17075 %s \xc3\xa4r skrivskyddad.\n"
-                 "string 17076 %d\n"
-                 "string 17077 %s%\n"
-                 "string 919001 %n\n"
-                 "string 919002 %s und %d\n");
-  HINSTANCE module = ZnLoadResourceModule(dir.File("sv.txt").c_str());
-  ASSERT_NE(module, nullptr);
-  LanguageString::SetResourceInstance(module);
+  zenutl_test::ScopedCatalogue catalogue(
+      dir.File("sv.txt"),
+      "string 17057 %s%n\n"
+      "string 17058 %s saknas\n"
+      "string 17063 '%s' %s %s\n"
+      "string 17064 %S\n"
+      "string 17065 %1$s kan inte vara l\xc3\xa4ngre \xc3\xa4n %2$u tecken.\n"
+      "string 17074 %4000s\n"
+      "string 17075 %s \xc3\xa4r skrivskyddad.\n"
+      "string 17076 %d\n"
+      "string 17077 %s%\n"
+      "string 919001 %n\n"
+      "string 919002 %s und %d\n");
   const struct {
     CString text;
     const char* expected;
@@ -310,8 +304,6 @@ TEST(ZnString, TranslatedFormatReadsOnlyWhatTheCallPasses) {
       {ZnString::Format(919001ul, "x"), "%n"},
       {ZnString::Format(919002ul, "x", 3), "x und 3"},
   };
-  LanguageString::SetResourceInstance(nullptr);
-  ZnFreeResourceModule(module);
   for (const auto& row : rows) EXPECT_STREQ(row.text, row.expected);
 }
 

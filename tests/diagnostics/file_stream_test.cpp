@@ -4,7 +4,6 @@
 
 #include <boost/filesystem.hpp>
 #include <cerrno>
-#include <ctime>
 #include <string>
 #include <vector>
 

@@ -325,16 +325,15 @@ long long FileSize(const std::string& path) {
 TEST_F(LogTest, AProcessKilledWhileItWritesLeavesOnlyWholeRecords) {
   std::mt19937 random(7);
   for (int round = 0; round < 16; ++round) {
-    const pid_t child = ::fork();
-    ASSERT_NE(child, -1);
-    if (child == 0) {
-      if (!Log::CreateInstance(name.c_str(), Log::Debug, 12 << 20, 3)) ::_exit(1);
+    const pid_t child = zenutl_test::StartChild([&] {
+      ASSERT_TRUE(Log::CreateInstance(name.c_str(), Log::Debug, 12 << 20, 3));
       std::string text = KillTestText(round, 0);
       for (int message = 0;; ++message) {
         NumberKillTestText(text, round, message);
         Log::WriteMessage("Kill", "Test", text.c_str(), Log::Debug, false);
       }
-    }
+    });
+    ASSERT_GT(child, 0);
     if (round % 4 == 0) {
       // A second record begun means a first one whole, however slow the writer (sanitizers):
       // something for the count below to find.
@@ -349,9 +348,7 @@ TEST_F(LogTest, AProcessKilledWhileItWritesLeavesOnlyWholeRecords) {
       }
     }
     ::kill(child, SIGKILL);
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFSIGNALED(status)) << "the writer stopped by itself";
+    ASSERT_TRUE(WIFSIGNALED(zenutl_test::WaitForChild(child))) << "the writer stopped by itself";
   }
   // Opened as the writers opened it: with the default limits it would rotate at once.
   ExpectPassesInChild(

@@ -5,12 +5,12 @@
 
 #include <boost/filesystem.hpp>
 #include <cerrno>
-#include <cstdlib>
 #include <set>
 #include <string>
 
 #include "platform/file_calls.h"
 #include "platform/native_path.h"
+#include "support/scoped_environment.h"
 #include "support/temp_dir.h"
 #include "zenutl/path_functions.h"
 
@@ -89,12 +89,9 @@ TEST_F(PathSystemTest, GetTempFileNameCreatesANewEmptyFileEachTime) {
   EXPECT_EQ(100u, names.size());
   EXPECT_TRUE(ZnGetTempFileName(File("no/such").c_str(), "p", nullptr).IsEmpty());
 
-  const char* saved = std::getenv("TMPDIR");
-  const std::string savedValue = saved ? saved : "";
-  ::setenv("TMPDIR", File("sub").c_str(), 1);
   fs::create_directory(File("sub"));
+  zenutl_test::ScopedEnvironmentVariable tmpdir("TMPDIR", File("sub").c_str());
   const CString name = ZnGetTempFileName(nullptr, "abc", nullptr);
-  saved ? ::setenv("TMPDIR", savedValue.c_str(), 1) : ::unsetenv("TMPDIR");
   EXPECT_EQ(CString(FromNativePath(File("sub"))), ZnGetDirectory(name));
   EXPECT_EQ(CString("TMP"), ZnGetFileExtension(name));
   EXPECT_EQ(0u, fs::file_size(platform::ToNativePath(name.str())));

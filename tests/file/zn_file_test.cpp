@@ -7,13 +7,14 @@
 
 #include <boost/filesystem.hpp>
 #include <cerrno>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "platform/file_calls.h"
 #include "platform/native_path.h"
+#include "support/full_disk.h"
+#include "support/scoped_environment.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -70,11 +71,6 @@ TEST_F(ZnFileTest, RemoveAndRenameGiveTheSystemsReason) {
   EXPECT_TRUE(ZnFile::FileExists(Path("e")));
 }
 
-ssize_t FullDiskWrite(int, const void*, std::size_t) {
-  errno = ENOSPC;
-  return -1;
-}
-
 // /dev/shm is a tmpfs, a file system apart from the one of the test's folder: rename(2) alone
 // stops there with EXDEV.
 TEST_F(ZnFileTest, RenameMovesAPlainFileToAnotherFileSystemAndStillRefusesToReplace) {
@@ -113,10 +109,8 @@ TEST_F(ZnFileTest, RenameMovesAPlainFileToAnotherFileSystemAndStillRefusesToRepl
     EXPECT_EQ(CString(row.error), error);
   }
   // A copy the disk cannot take leaves nothing behind and the original in place.
-  zenutl::platform::FileCalls calls = zenutl::platform::SystemFileCalls();
-  calls.write = &FullDiskWrite;
   {
-    zenutl::platform::ScopedFileCalls full(calls);
+    zenutl::platform::ScopedFileCalls full(zenutl_test::FullDiskCalls());
     EXPECT_FALSE(ZnFile::Rename(Path("report.txt"), CString(memory.File("new")), &error));
   }
   EXPECT_EQ(CString("No space left on device"), error);
@@ -151,26 +145,18 @@ TEST_F(ZnFileTest, GetTempFileNameProposesTheFirstFreeNumberedName) {
   EXPECT_EQ(dir + "\\x3.txt", ZnFile::GetTempFileNameA(dir + "\\x.txt"));
   EXPECT_EQ(dir + "\\data2.", ZnFile::GetTempFileNameA(dir + "\\data"));
   EXPECT_FALSE(fs::exists(File("x3.txt")));  // only proposed
-  const char* saved = std::getenv("TMPDIR");
-  const std::string savedValue = saved ? saved : "";
-  ::setenv("TMPDIR", Dir().string().c_str(), 1);
-  const CString bare = ZnFile::GetTempFileNameA(CString("AuditTemp.xml"));
-  saved ? ::setenv("TMPDIR", savedValue.c_str(), 1) : ::unsetenv("TMPDIR");
-  EXPECT_EQ(dir + "\\AuditTemp2.xml", bare);
-}
-
-std::string Block(const char* block, std::size_t size) {
-  return std::string(block, size);
+  zenutl_test::ScopedEnvironmentVariable tmpdir("TMPDIR", Dir().string().c_str());
+  EXPECT_EQ(dir + "\\AuditTemp2.xml", ZnFile::GetTempFileNameA(CString("AuditTemp.xml")));
 }
 
 TEST(ZnFileLists, WritesTheFolderOnceWithForwardSlashesThenTheNames) {
   const std::vector<CString> names = {CString("C:\\d\\a.txt"), CString("D:\\x\\b.txt")};
   std::unique_ptr<char[]> zero(ZnFile::GetFileNames(names));
-  EXPECT_EQ(std::string("C:/d\0a.txt\0b.txt\0\0", 18), Block(zero.get(), 18));
+  EXPECT_EQ(std::string("C:/d\0a.txt\0b.txt\0\0", 18), std::string(zero.get(), 18));
   std::unique_ptr<char[]> piped(ZnFile::GetFileNames(names, '|'));
   EXPECT_STREQ("C:/d|a.txt|b.txt", piped.get());
   std::unique_ptr<char[]> root(ZnFile::GetFileNames({CString("C:\\a"), CString("C:\\b")}));
-  EXPECT_EQ(std::string("C:/\0a\0b\0\0", 9), Block(root.get(), 9));
+  EXPECT_EQ(std::string("C:/\0a\0b\0\0", 9), std::string(root.get(), 9));
   std::unique_ptr<char[]> single(ZnFile::GetFileNames({CString("C:\\d\\only")}, ';'));
   EXPECT_STREQ("C:\\d\\only", single.get());
   std::unique_ptr<char[]> none(ZnFile::GetFileNames(std::vector<CString>()));

@@ -8,34 +8,14 @@
 #include <thread>
 #include <vector>
 
-#include "support/temp_dir.h"
-#include "zenutl/resource_module.h"
+#include "support/scoped_catalogue.h"
 #include "zenutl/zn_string.h"
 
 // Texts fetched by Get are kept for the whole process, so each test that loads its own texts
 // uses numbers no other test asks for.
 namespace {
 
-using zenutl_test::WriteWholeFile;
-
-// Loads a catalogue, selects it for the test, and puts the built-in one back afterwards.
-class SelectedModule {
- public:
-  SelectedModule(const std::string& path, const std::string& entries) {
-    WriteWholeFile(path, "zenutl-catalogue 1\n" + entries);
-    CString error;
-    module_ = ZnLoadResourceModule(path.c_str(), &error);
-    EXPECT_NE(module_, nullptr) << error.GetString();
-    LanguageString::SetResourceInstance(module_);
-  }
-  ~SelectedModule() {
-    LanguageString::SetResourceInstance(nullptr);
-    ZnFreeResourceModule(module_);
-  }
-
- private:
-  HINSTANCE module_ = nullptr;
-};
+using SelectedModule = zenutl_test::ScopedCatalogue;
 
 TEST(LanguageString, BuiltInCatalogueAnswersEveryNumberTheLibraryUsesInItsFormat) {
   ASSERT_EQ(LanguageString::GetResourceInstance(), nullptr);

@@ -12,12 +12,12 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "platform/file_calls.h"
+#include "support/child_process.h"
 #include "support/full_disk.h"
 #include "support/temp_dir.h"
 
@@ -292,20 +292,19 @@ TEST_F(Profile, WritesWaitForTheDiskOnlyAtTheFlush) {
 TEST_F(Profile, AProcessKilledWhileWritingLeavesEveryWriteItReported) {
   int reported[2];
   ASSERT_EQ(::pipe(reported), 0);
-  const pid_t child = ::fork();
-  for (int i = 0; child == 0; ++i) {  // values of many lengths, each acknowledged once written
-    if (Write("s", ("k" + std::to_string(i)).c_str(), std::string(i % 97, 'v').c_str()) != 1 ||
-        ::write(reported[1], &i, sizeof(i)) != sizeof(i)) {
-      ::_exit(1);
+  const pid_t child = zenutl_test::StartChild([&] {
+    for (int i = 0;; ++i) {  // values of many lengths, each acknowledged once written
+      ASSERT_EQ(Write("s", ("k" + std::to_string(i)).c_str(), std::string(i % 97, 'v').c_str()), 1);
+      ASSERT_EQ(::write(reported[1], &i, sizeof(i)), static_cast<ssize_t>(sizeof(i)));
     }
-  }
+  });
   ASSERT_GT(child, 0);
   ::close(reported[1]);
   int last = -1;
   for (int i = 0; i < 150 && ::read(reported[0], &last, sizeof(last)) == sizeof(last); ++i) {
   }
   ::kill(child, SIGKILL);
-  ::waitpid(child, nullptr, 0);
+  zenutl_test::WaitForChild(child);
   ::close(reported[0]);
   ASSERT_GE(last, 0);
   for (int i = 0; i <= last; ++i) {
@@ -327,12 +326,8 @@ TEST_F(Profile, NeverServesAStaleCopyAfterAChangeBehindItsBack) {
   const struct timespec times[2] = {before.st_atim, before.st_mtim};
   ASSERT_EQ(::utimensat(AT_FDCWD, path(), times, 0), 0);
   EXPECT_EQ(Read("s", "k"), "3");
-  EXPECT_EQ(Write(nullptr, nullptr, nullptr), 1);  // the flush call
-  const pid_t child = ::fork();                    // another process's write
-  if (child == 0) ::_exit(Write("s", "k", "4") == 1 ? 0 : 1);
-  int status = -1;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  ASSERT_EQ(status, 0);
+  EXPECT_EQ(Write(nullptr, nullptr, nullptr), 1);  // the flush call, then another process's write
+  zenutl_test::ExpectPassesInChild([&] { EXPECT_EQ(Write("s", "k", "4"), 1); });
   EXPECT_EQ(Read("s", "k"), "4");
 }
 
@@ -349,28 +344,26 @@ TEST_F(Profile, ConcurrentWritersOfDifferentKeysAllKeepTheirKeys) {
     ::unlink(path());
     std::vector<pid_t> children;
     for (int p = 0; p < kProcesses; ++p) {
-      children.push_back(::fork());
-      if (children.back() != 0) continue;
-      std::atomic<int> failures(0);
-      std::vector<std::thread> threads;
-      for (int writer = p * kThreadsEach; writer < (p + 1) * kThreadsEach; ++writer) {
-        threads.emplace_back([&, writer] {
-          const std::string own = "own" + std::to_string(writer);
-          for (int k = 0; k < kKeysEach; ++k) {
-            failures += Write("shared", key(writer, k).c_str(), std::to_string(k).c_str()) != 1;
-            failures += Write(own.c_str(), "last", key(writer, k).c_str()) != 1;
-            failures += Read(own.c_str(), "last") != key(writer, k);  // no stale copy either
-          }
-        });
-      }
-      for (std::thread& thread : threads) thread.join();
-      ::_exit(failures == 0 ? 0 : 1);
+      children.push_back(zenutl_test::StartChild([&] {
+        std::atomic<int> failures(0);
+        std::vector<std::thread> threads;
+        for (int writer = p * kThreadsEach; writer < (p + 1) * kThreadsEach; ++writer) {
+          threads.emplace_back([&, writer] {
+            const std::string own = "own" + std::to_string(writer);
+            for (int k = 0; k < kKeysEach; ++k) {
+              failures += Write("shared", key(writer, k).c_str(), std::to_string(k).c_str()) != 1;
+              failures += Write(own.c_str(), "last", key(writer, k).c_str()) != 1;
+              failures += Read(own.c_str(), "last") != key(writer, k);  // no stale copy either
+            }
+          });
+        }
+        for (std::thread& thread : threads) thread.join();
+        EXPECT_EQ(failures, 0);
+      }));
+      ASSERT_GT(children.back(), 0);
     }
-    for (pid_t child : children) {
-      int status = -1;
-      ASSERT_EQ(::waitpid(child, &status, 0), child);
-      EXPECT_EQ(status, 0) << "round " << round;
-    }
+    for (pid_t child : children)
+      EXPECT_EQ(zenutl_test::WaitForChild(child), 0) << "round " << round;
     for (int writer = 0; writer < kProcesses * kThreadsEach; ++writer) {
       for (int k = 0; k < kKeysEach; ++k) {
         EXPECT_EQ(Read("shared", key(writer, k).c_str()), std::to_string(k)) << key(writer, k);

@@ -14,17 +14,16 @@ using zenutl_test::Bytes;
 
 TEST(StreamByteHelpers, MoveItemsOfEachWidthAsTheyLieAndBack) {
   const unsigned char data[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
-  struct Case {
+  const struct {
     const char* name;
     bool (*write)(const void*, int, std::ostream&);
     bool (*read)(void*, int, std::istream&);
     int width;
-  };
-  const Case cases[] = {{"Bytes", &WriteBytes, &ReadBytes, 1},
-                        {"TwoBytes", &WriteTwoBytes, &ReadTwoBytes, 2},
-                        {"FourBytes", &WriteFourBytes, &ReadFourBytes, 4},
-                        {"EightBytes", &WriteEightBytes, &ReadEightBytes, 8}};
-  for (const Case& c : cases) {
+  } cases[] = {{"Bytes", &WriteBytes, &ReadBytes, 1},
+               {"TwoBytes", &WriteTwoBytes, &ReadTwoBytes, 2},
+               {"FourBytes", &WriteFourBytes, &ReadFourBytes, 4},
+               {"EightBytes", &WriteEightBytes, &ReadEightBytes, 8}};
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     std::stringstream stream;
     EXPECT_TRUE(c.write(data, 2, stream));
@@ -87,13 +86,12 @@ TEST(StreamByteHelpers, EachBinaryStringReaderReadsTheFormatItsWay) {
   EXPECT_STREQ(buffer, "");
   delete[] buffer;
 
-  struct Case {
+  const struct {
     const char* name;
     std::string text;
     std::string asCString;  // ends at the first zero byte
-  };
-  const Case cases[] = {{"empty", "", ""}, {"embedded zero", std::string("ab\0cd", 5), "ab"}};
-  for (const Case& c : cases) {
+  } cases[] = {{"empty", "", ""}, {"embedded zero", std::string("ab\0cd", 5), "ab"}};
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     const std::string image =
         Bytes({static_cast<int>(c.text.size() & 0xFF), static_cast<int>(c.text.size() >> 8)}) +

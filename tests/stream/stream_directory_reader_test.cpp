@@ -12,7 +12,6 @@
 namespace {
 
 using zenutl_test::Bytes;
-typedef StreamHelperDirectory Directory;
 
 class StreamDirectoryReaderTest : public zenutl_test::TempDirTest {};
 
@@ -110,12 +109,11 @@ TEST_F(StreamDirectoryReaderTest, ReadingInWrittenOrderSeeksNever) {
 }
 
 TEST_F(StreamDirectoryReaderTest, DamageFailsWithItsOwnMessageAndNeverLeavesTheData) {
-  struct Case {
+  const struct {
     const char* name;
     std::string bytes;
     const char* failure;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"empty", "", "ReadUInt8 failed"},
       {"size code 4", Bytes({4, 0, 1}), "Invalid offset size."},
       {"size code 255", Bytes({255, 0, 1}), "Invalid offset size."},
@@ -129,7 +127,7 @@ TEST_F(StreamDirectoryReaderTest, DamageFailsWithItsOwnMessageAndNeverLeavesTheD
               0xFF, 0xFF, 0x7F}),
        "Seek failed."},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     // Damage is no absence: the nothrow form throws too. The destructor cannot reach the end
     // either, and says nothing.

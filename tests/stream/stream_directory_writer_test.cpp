@@ -30,18 +30,17 @@ void WriteSample(StreamWriter& writer, Directory::OffsetSize size) {
 }
 
 TEST_F(StreamDirectoryWriterTest, WritesTheContainerByteForByteInEveryWidth) {
-  struct Case {
+  const struct {
     Directory::OffsetSize size;
     std::string header;  // code, count, offsets of streams 0, 1, 2, end offset
-  };
-  const Case cases[] = {
+  } cases[] = {
       {Directory::e8Bit, Bytes({0, 3, 3, 0, 1, 4})},
       {Directory::e16Bit, Bytes({1, 3, 3, 0, 0, 0, 1, 0, 4, 0})},
       {Directory::e32Bit, Bytes({2, 3, 3, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 4, 0, 0, 0})},
       {Directory::e64Bit, Bytes({3, 3, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
                                  0, 1, 0, 0, 0, 0, 0, 0, 0, 4, 0, 0, 0, 0, 0, 0, 0})},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.size);
     const std::string expected = "pre" + c.header + "abc";
     const zenutl_test::WriteSteps write = [&](StreamWriter& writer) {
@@ -82,14 +81,13 @@ void WritePayload(StreamWriter& writer, Directory::OffsetSize size, std::size_t 
 }
 
 TEST_F(StreamDirectoryWriterTest, TheDestructorThrowsWhenTheEndOffsetOutgrowsItsWidth) {
-  struct Case {
+  const struct {
     Directory::OffsetSize size;
     std::size_t largest;  // payload whose end offset still fits
     const char* failure;
-  };
-  const Case cases[] = {{Directory::e8Bit, 254, "Write8BitOffset failed."},
-                        {Directory::e16Bit, 65534, "Write16BitOffset failed."}};
-  for (const Case& c : cases) {
+  } cases[] = {{Directory::e8Bit, 254, "Write8BitOffset failed."},
+               {Directory::e16Bit, 65534, "Write16BitOffset failed."}};
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.failure);
     std::ostringstream fits;
     StreamWriter fitsWriter(fits);

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstdlib>
 #include <new>
 #include <sstream>
@@ -94,12 +93,11 @@ TEST_F(StreamReaderTest, ANonzeroByteReadsAsTrue) {
 
 TEST_F(StreamReaderTest, ALengthClaimingGigabytesFailsAtTheEndOfTheDataWithoutAskingForThem) {
   const std::string tail(100, 'x');
-  struct Case {
+  const struct {
     const char* message;
     std::string bytes;
     zenutl_test::ReadSteps read;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"ReadStdString failed", Bytes({0xFF, 0xFF, 0xFF, 0xFF}) + tail,
        [](StreamReader& r) { r.ReadStdString(); }},
       {"ReadString failed", Bytes({0xFF, 0xFF, 0xFF, 0x7F}) + tail,
@@ -107,7 +105,7 @@ TEST_F(StreamReaderTest, ALengthClaimingGigabytesFailsAtTheEndOfTheDataWithoutAs
       // A CString cannot hold 2^31 bytes or more, so that length fails at once.
       {"ReadString failed", Bytes({0, 0, 0, 0x80}) + tail, [](StreamReader& r) { r.ReadString(); }},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.message);
     OnBoth(c.bytes, [&](StreamReader& r) {
       gLargestAllocation = 0;

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <time.h>
 
-#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <string>

@@ -9,11 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "support/temp_dir.h"
+#include "support/scoped_catalogue.h"
 #include "zenutl/host_dialogs.h"
-#include "zenutl/language_string.h"
 #include "zenutl/locales.h"
-#include "zenutl/resource_module.h"
 
 namespace {
 
@@ -126,32 +124,17 @@ TEST(FloatValidator, CutsTheMessageOfAVeryLongTextToItsBuffer) {
 // every test.
 TEST(Validators, TranslatedMessagesReadOnlyWhatTheValidatorPasses) {
   zenutl_test::TempDir dir;
-  zenutl_test::WriteWholeFile(dir.File("x.txt"),
-                              "zenutl-catalogue 1\n"
-                              "string 17057 %s%n\n"
-                              "string 17058 %s %s %s %s\n"
-                              "string 17065 %s max %u.\n");
-  HINSTANCE module = ZnLoadResourceModule(dir.File("x.txt").c_str());
-  ASSERT_NE(module, nullptr);
-  LanguageString::SetResourceInstance(module);
+  zenutl_test::ScopedCatalogue catalogue(
+      dir.File("x.txt"), "string 17057 %s%n\nstring 17058 %s %s %s %s\nstring 17065 %s max %u.\n");
   DatasetNameValidator validator;
   const std::string name = LanguageString::Get(17070);
-  const bool empty = validator.IsValid("");
-  const std::string emptyMessage = validator.GetErrorMessage();
-  const bool illegal = validator.IsValid("a?");
-  const std::string illegalMessage = validator.GetErrorMessage();
-  const bool tooLong = validator.IsValid("abcdefghij");
-  const std::string tooLongMessage = validator.GetErrorMessage();
-  LanguageString::SetResourceInstance(nullptr);
-  ZnFreeResourceModule(module);
-
-  EXPECT_FALSE(empty);
-  EXPECT_EQ(name + " cannot be empty.", emptyMessage);
-  EXPECT_FALSE(illegal);
+  EXPECT_FALSE(validator.IsValid(""));
+  EXPECT_EQ(name + " cannot be empty.", std::string(validator.GetErrorMessage()));
+  EXPECT_FALSE(validator.IsValid("a?"));
   EXPECT_EQ(name + " cannot contain any of these characters: " + validator.GetIllegalChars(),
-            illegalMessage);
-  EXPECT_FALSE(tooLong);
-  EXPECT_EQ(name + " max 8.", tooLongMessage);
+            std::string(validator.GetErrorMessage()));
+  EXPECT_FALSE(validator.IsValid("abcdefghij"));
+  EXPECT_EQ(name + " max 8.", std::string(validator.GetErrorMessage()));
 }
 
 TEST(Validators, ErrorShowsTheMessageInAnErrorBoxOfTheHost) {
