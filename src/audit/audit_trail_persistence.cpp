@@ -176,11 +176,13 @@ bool AuditTrail::VerifySignature(CString* message) {
     if (last->hasChildNodes()) stored = NarrowToLowBytes(last->getFirstChild()->getNodeValue());
     if (stored != computed) ++mismatches;
   }
-  if (mismatches == 0) return true;
   CString text;
-  text.Format(kMismatchFormat, mismatches);
+  if (mismatches > 0) {
+    text.Format(kMismatchFormat, mismatches);
+    AddEvent(text, nullptr, nullptr);
+  }
+  if (VerifySeals(text) && mismatches == 0) return true;
   if (message) *message = text;
-  AddEvent(text, nullptr, nullptr);
   return false;
 }
 
@@ -294,11 +296,16 @@ void AuditTrail::Save() {
     if (!stream || !*stream) return;
     stream->write(text.data(), static_cast<std::streamsize>(text.size()));
     stream->flush();
-    if (*stream) mModified = false;
+    if (!*stream) return;
+    stream.reset();  // the trail is in the store before the anchor moves on
+    mModified = false;
+    SaveSealAnchor();
     return;
   }
   const std::string nativePath = zenutl::platform::ToNativePath(mFileName.GetString());
-  if (zenutl::platform::WriteFileAtomically(nativePath, text, nullptr)) mModified = false;
+  if (!zenutl::platform::WriteFileAtomically(nativePath, text, nullptr)) return;
+  mModified = false;
+  SaveSealAnchor();
 }
 
 void AuditTrail::Save(std::ostream& stream) {

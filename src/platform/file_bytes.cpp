@@ -11,7 +11,8 @@ namespace zenutl {
 namespace platform {
 
 // Stands for opening a module file and mapping its resources: a plain read of the whole file.
-bool ReadFileBytes(const std::string& path, std::string& bytes, std::string& reason) {
+bool ReadFileBytes(const std::string& path, std::string& bytes, std::string& reason,
+                   std::size_t limit) {
   bytes.clear();
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) {
@@ -37,6 +38,12 @@ bool ReadFileBytes(const std::string& path, std::string& bytes, std::string& rea
     if (got < 0) {
       if (errno == EINTR) continue;
       reason = std::strerror(errno);
+      ::close(fd);
+      return false;
+    }
+    if (static_cast<std::size_t>(got) > limit - content.size()) {
+      // Checked while reading, not from the size: a file may grow, and /proc files tell none.
+      reason = std::strerror(EFBIG);
       ::close(fd);
       return false;
     }

@@ -2,6 +2,7 @@
 #ifndef ZENUTL_PLATFORM_FILE_BYTES_H_
 #define ZENUTL_PLATFORM_FILE_BYTES_H_
 
+#include <cstddef>
 #include <string>
 
 namespace zenutl {
@@ -9,7 +10,9 @@ namespace platform {
 
 // Reads the regular file at the native `path` into `bytes`. On failure answers false with the
 // system's reason ("No such file or directory", "Is a directory", ...) and leaves `bytes` empty.
-bool ReadFileBytes(const std::string& path, std::string& bytes, std::string& reason);
+// A file of more than `limit` bytes is refused with "File too large", without reading it whole.
+bool ReadFileBytes(const std::string& path, std::string& bytes, std::string& reason,
+                   std::size_t limit = static_cast<std::size_t>(-1));
 
 }  // namespace platform
 }  // namespace zenutl
