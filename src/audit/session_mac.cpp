@@ -37,35 +37,47 @@ std::string Hex(const unsigned char* bytes, std::size_t count) {
 // handed to libcrypto in large pieces: a session is many short texts.
 class MacRun {
  public:
-  explicit MacRun(const EVP_MAC_CTX* primed) : mContext(EVP_MAC_CTX_dup(primed)) {
-    mBuffer.reserve(kFlushSize);
-  }
+  explicit MacRun(const EVP_MAC_CTX* primed)
+      : mContext(EVP_MAC_CTX_dup(primed)), mBuffer(kBufferSize) {}
   ~MacRun() { EVP_MAC_CTX_free(mContext); }
   MacRun(const MacRun&) = delete;
   MacRun& operator=(const MacRun&) = delete;
 
   void Byte(unsigned char byte) {
-    mBuffer.push_back(byte);
-    if (mBuffer.size() >= kFlushSize) Flush();
+    MakeRoom(1);
+    mBuffer[mUsed++] = byte;
   }
   void Uint64(std::uint64_t value) {
-    for (int shift = 56; shift >= 0; shift -= 8) Byte(static_cast<unsigned char>(value >> shift));
+    MakeRoom(8);
+    for (int shift = 56; shift >= 0; shift -= 8) {
+      mBuffer[mUsed++] = static_cast<unsigned char>(value >> shift);
+    }
   }
-  void Units(const XMLCh* text) {
-    for (; text && *text; ++text) {
-      Byte(static_cast<unsigned char>(*text & 0xFF));
-      Byte(static_cast<unsigned char>(*text >> 8));
+  // `count` units of `text`, least significant byte first.
+  void Units(const XMLCh* text, std::size_t count) {
+    while (count > 0) {
+      MakeRoom(2);
+      const std::size_t fit = std::min(count, (kBufferSize - mUsed) / 2);
+      unsigned char* out = &mBuffer[mUsed];
+      for (std::size_t i = 0; i < fit; ++i) {
+        out[2 * i] = static_cast<unsigned char>(text[i] & 0xFF);
+        out[2 * i + 1] = static_cast<unsigned char>(text[i] >> 8);
+      }
+      mUsed += 2 * fit;
+      text += fit;
+      count -= fit;
     }
   }
   void Text(const XMLCh* text) {
-    Uint64(text ? XMLString::stringLen(text) : 0);
-    Units(text);
+    const std::size_t length = text ? XMLString::stringLen(text) : 0;
+    Uint64(length);
+    Units(text, length);
   }
   void Raw(const char* bytes, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) Byte(static_cast<unsigned char>(bytes[i]));
   }
 
-  // The MAC in hexadecimal; false when libcrypto failed at any step.
+  // The MAC in hexadecimal, cut to `bytes`; false when libcrypto failed at any step.
   bool Finish(std::string& mac, std::size_t bytes = 32) {
     Flush();
     unsigned char out[EVP_MAX_MD_SIZE];
@@ -76,16 +88,20 @@ class MacRun {
   }
 
  private:
-  static constexpr std::size_t kFlushSize = 1 << 16;
+  static constexpr std::size_t kBufferSize = 1 << 16;
 
+  void MakeRoom(std::size_t bytes) {
+    if (kBufferSize - mUsed < bytes) Flush();
+  }
   void Flush() {
-    if (mBuffer.empty()) return;
-    if (!mContext || !EVP_MAC_update(mContext, mBuffer.data(), mBuffer.size())) mHealthy = false;
-    mBuffer.clear();
+    if (mUsed == 0) return;
+    if (!mContext || !EVP_MAC_update(mContext, mBuffer.data(), mUsed)) mHealthy = false;
+    mUsed = 0;
   }
 
   EVP_MAC_CTX* mContext;
   std::vector<unsigned char> mBuffer;
+  std::size_t mUsed = 0;
   bool mHealthy = true;
 };
 
@@ -104,8 +120,12 @@ const char* RefusalFor(short nodeType) {
   }
 }
 
-void FeedElementStart(MacRun& run, const DOMNode* element, bool omitMac) {
-  std::vector<std::pair<const XMLCh*, const XMLCh*>> attributes;
+typedef std::vector<std::pair<const XMLCh*, const XMLCh*>> AttributeList;
+
+// `attributes` is scratch space, kept from one element to the next.
+void FeedElementStart(MacRun& run, const DOMNode* element, bool omitMac,
+                      AttributeList& attributes) {
+  attributes.clear();
   if (const DOMNamedNodeMap* map = element->getAttributes()) {
     for (XMLSize_t i = 0; i < map->getLength(); ++i) {
       const DOMNode* attribute = map->item(i);
@@ -139,7 +159,8 @@ const DOMNode* FeedTextRun(MacRun& run, const DOMNode* text) {
   run.Byte('T');
   run.Uint64(length);
   for (const DOMNode* node = text;; node = node->getNextSibling()) {
-    run.Units(node->getNodeValue());
+    const XMLCh* value = node->getNodeValue();
+    run.Units(value, XMLString::stringLen(value));
     if (node == last) break;
   }
   return last;
@@ -154,11 +175,12 @@ bool FeedSession(MacRun& run, const DOMNode* session, const char*& refusal) {
   }
   const DOMNode* last = session->getLastChild();
   const DOMNode* macHolder = IsElementNamed(last, "CheckSum") ? last : nullptr;
+  AttributeList attributes;
   const DOMNode* node = session;
   for (;;) {
     const short type = node->getNodeType();
     if (type == DOMNode::ELEMENT_NODE) {
-      FeedElementStart(run, node, node == macHolder);
+      FeedElementStart(run, node, node == macHolder, attributes);
       if (const DOMNode* child = node->getFirstChild()) {
         node = child;
         continue;
