@@ -114,6 +114,8 @@ class AuditTrail {
   // cannot protect against: anyone who can read the key (they can seal what they like), or roll
   // back the anchor together with the trail; and sessions recorded before the trail had a key,
   // which stay unsealed (the first sealed session binds the trail's identifier, not them).
+  // There is one key per trail: after a change of key, every session sealed with the old one
+  // is a finding.
   //
   // In the file: the root gains "TrailId", made when the first session is sealed; each sealed
   // session's "CheckSum" gains "SealSequence" (1, 2, ...), "SealAlgorithm" ("HMAC-SHA256"),
