@@ -16,7 +16,7 @@ packages=(
   libssl-dev  # the audit trail's seal (libcrypto), and the oracle of the digest tests
 )
 if [[ "${1:-}" == "--bench" ]]; then
-  packages+=(libspdlog-dev)
+  packages+=(libspdlog-dev nlohmann-json3-dev rapidjson-dev)
 fi
 
 missing=()

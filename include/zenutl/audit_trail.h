@@ -27,8 +27,11 @@
 // is (it cannot be moved), `Save` leaves it alone. `Read`
 // and `CopyContent` throw `Exception` and leave the document as it was. `Save` to a file writes
 // a temporary file beside the target and renames it over, so a failed save leaves the previous
-// file whole and `IsModified` true. `EndSession` lets XML errors reach the caller. No operation
-// is thread-safe: one thread drives a trail.
+// file whole and `IsModified` true. `EndSession` lets XML errors reach the caller. A stored trail
+// is read with the guards of the library's XML parser: no DTD or external entity is ever read,
+// the nesting of elements is bounded, and the input stays within the XML input limit
+// (xml_input_limit.h); a trail that breaks them is unreadable. No operation is thread-safe: one
+// thread drives a trail.
 #ifndef ZENUTL_AUDIT_TRAIL_H_
 #define ZENUTL_AUDIT_TRAIL_H_
 

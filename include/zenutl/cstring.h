@@ -8,8 +8,10 @@
 // the text directly. For standard-library interplay use `std::string` and convert explicitly.
 //
 // Format strings are printf-style with the Windows conventions the callers were written for:
-// `%I64d` is a 64-bit integer, `%I32d` a 32-bit one, and in the wide forms `%s`/`%c` take wide
-// arguments while `%S`/`%C` take byte ones.
+// `%I64d` is a 64-bit integer, `%I32d` a 32-bit one, and `%S`/`%C` take a text or character
+// of the other width (wide in `CString::Format`, bytes in `CStringW::Format`). A text of the
+// other width is converted through UTF-8 whatever the locale, and only what cannot be converted
+// becomes U+FFFD: `CStringW::Format(L"x=%S;", "caf\xC3\xA9")` gives L"x=café;".
 //
 // Nothing here throws except `std::bad_alloc`. Conversions between the two widths use UTF-8.
 #ifndef ZENUTL_CSTRING_H_
@@ -22,10 +24,6 @@
 
 namespace zenutl {
 namespace detail {
-// Rewrites a Windows printf format for the C library: I64 and I32 size prefixes become
-// ll and nothing, and for wide formats %s/%c become %ls/%lc while %S/%C become %s/%c.
-std::string TranslateFormat(const char* format);
-std::wstring TranslateFormat(const wchar_t* format);
 // UTF-8 <-> wide conversions; invalid bytes become U+FFFD.
 std::wstring Utf8ToWide(const std::string& text);
 std::string WideToUtf8(const std::wstring& text);

@@ -58,10 +58,11 @@ ZENUTL_DECLARE_EXCEPTION(NotImplementedException);    // for callers: not implem
 ZENUTL_DECLARE_EXCEPTION(ConfigurationException);     // failures of a configuration store
 ZENUTL_DECLARE_EXCEPTION(DeadlockException);          // a lock order that would deadlock
 
-// Failures of the binary streams; the one member that can also be built empty.
+// Failures of the binary streams; the one member with a default constructor, whose message is
+// the class's name, "StreamException".
 class StreamException : public Exception {
  public:
-  StreamException() = default;
+  StreamException() : Exception("StreamException") {}
   StreamException(const CString& message) : Exception(message) {}  // NOLINT
   StreamException(const StreamException& other) = default;
   StreamException& operator=(const StreamException& other) = default;

@@ -3,16 +3,18 @@
 // One text file for the whole process, created on request by the application with
 // `CreateInstance` and kept open until the process ends; there is deliberately no way to close
 // it. Every message is filtered by importance, stamped with the local time to the millisecond
-// and its offset from UTC ("[2011-05-31 14:02:07.093+02:00]"), and flushed to disk at once. When
-// the file grows past a size limit it is moved aside to a backup ("name.bak", or
-// "name.0.bak" ... "name.<n-1>.bak" for n > 1 backups, reused round-robin) and a new file starts.
+// and its offset from UTC ("[2011-05-31 14:02:07.093+02:00]") in the zone in force at that
+// record, and flushed to disk at once. When the file grows past a size limit it is moved aside
+// to a backup ("name.bak", or "name.0.bak" ... "name.<n-1>.bak" for n > 1 backups, reused
+// round-robin) by one rename over the oldest, and a new file starts.
 // For talking to the user rather than to the file, see user_comm.h.
 //
 // All operations are static and may be called from any thread at any time: before
 // `CreateInstance` (or after it failed) they do nothing and answer false. Nothing here throws.
 // A log that cannot write (disk full, folder removed) drops messages and keeps the process
-// running; a record is then either written whole or not at all. Once the file cannot be reopened
-// after a rotation, every later message is dropped.
+// running; a record is then either written whole or not at all, and the part of a record that a
+// process killed during its write left behind is cut off when a log next opens the file. Once
+// the file cannot be reopened after a rotation, every later message is dropped.
 #ifndef ZENUTL_LOG_H_
 #define ZENUTL_LOG_H_
 

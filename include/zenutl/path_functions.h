@@ -138,10 +138,12 @@ bool ZnRemoveDirectory(const char* path);
 // gives false. When opening fails, `error` (if not null) takes the system's error text.
 bool ZnCanCreateFile(const char* path, CString* error, int* kind);
 
-// Copies a file. False if `from` cannot be read, or `failIfExists` is true and `to` exists, or
-// writing fails. The copy is written beside `to` under another name and renamed over it at
-// the end, so a failed copy leaves `to` as it was. The same text for both paths copies nothing
-// and gives !failIfExists.
+// Copies a file into `to`, opened for writing ("wb") as it stands: other links to it see the
+// copy, and its owner and permissions stay. False if `from` cannot be read, or `failIfExists`
+// is true and `to` exists, or `to` is read-only (no write permission bit, refused to root as
+// well) or cannot be opened, or writing fails; a copy that fails part-way leaves what it wrote.
+// The same text for both paths copies nothing and gives !failIfExists, and so does another name
+// of the same file, which writing would destroy.
 bool ZnCopyFile(const char* from, const char* to, bool failIfExists);
 
 // False if the file cannot be opened or a zero byte is found in what is read. Reading is as in

@@ -52,8 +52,9 @@ class UserComm {
   // This thread's channel, made by the default factory on the first call of the thread.
   static UserComm* GetUserComm();
   // Installs `comm` (may be null) as this thread's channel and returns the previous one, or null;
-  // the caller now owns what is returned, not yet deleted. The usual pattern installs a channel
-  // around a piece of work and reinstalls the returned one afterwards.
+  // the caller now owns what is returned, not yet deleted. Setting the present channel again
+  // changes nothing and returns null, so a channel never has two owners. The usual pattern
+  // installs a channel around a piece of work and reinstalls the returned one afterwards.
   static UserComm* SetUserComm(UserComm* comm);
 
   // Makes T the type of every channel made from now on, and gives the calling thread a new T at

@@ -28,8 +28,10 @@
 // other than tab, line feed and carriage return, U+FFFE, U+FFFF and unpaired surrogates (bytes
 // that are not UTF-8 are read as Latin-1 letters, which XML carries). So "a\x01b" reads back as
 // "a\xEF\xBF\xBDb", and no value can make a later `Flush` fail.
-// Documents are parsed with the guards of the library's XML parser: no network access, bounded
-// entity expansion and nesting (see the constructors).
+// Documents are parsed with the guards of the library's XML parser: nothing outside the document
+// is read (no external entity, no network access; only a local external DTD when the caller asks
+// for it), entity expansion and the nesting of elements are bounded, and so is the size of the
+// input (xml_input_limit.h).
 //
 // Error contract: reads answer false for a missing key or on the document node. Parsing
 // constructors throw `Exception` with the text "An error occurred during parsing\nMessage: "
@@ -75,8 +77,8 @@ class XMLSection : public ConfigurationSection {
   static void Terminate();
   // "zxl", the conventional file extension of the format, without a dot.
   static CString ZentricsXMLExtension();
-  // Parses `text` (as with a stream, with the external DTD loaded if it is local) into a new
-  // section owned by the caller. Throws the parse Exception for malformed text.
+  // Parses `text` (as with a stream, with the external DTD loaded if it is a local file) into a
+  // new section owned by the caller. Throws the parse Exception for malformed text.
   static XMLSection* CreateXMLSectionFromString(const char* text);
 
   // A new empty document, with no file name.
@@ -85,8 +87,10 @@ class XMLSection : public ConfigurationSection {
   // document that `Flush()` will create; the path is always kept for `Flush()`. A file that is
   // there but can't be read now (no permission, no file handles left, a folder) also gives an
   // empty document, but `Flush()` then answers false and never replaces it.
-  // `loadExternalDtd` loads an external DTD named by the document when it is a local file; one
-  // on another machine is never fetched and fails the parse.
+  // `loadExternalDtd` loads an external DTD named by the document when it is a regular file on
+  // this machine (a relative name is taken from the document's folder); any other DTD fails the
+  // parse, and without `loadExternalDtd` the DTD is not looked at. An external entity, general
+  // or parameter, always fails the parse: its file is never opened.
   XMLSection(const char* path, bool loadExternalDtd);
   // The document read from the stream's current position to its end; no file name.
   XMLSection(std::istream& stream, bool loadExternalDtd);

@@ -64,6 +64,9 @@ class ZentriFilterValidator {
   void SetRule(const char* illegalChars, const char* itemName);
   // The message is `format` printed with the arguments, cut to fit the buffer.
   void SetErrorMessage(const char* format, ...);
+  // The same with the language string `id` as the format. A translated text that would read
+  // other arguments than the built-in English one is not used as a format: the English is.
+  void SetErrorMessageFromLanguageString(unsigned int id, ...);
   // How messages call the thing under test; "(null)" while no subclass has named it.
   const char* ItemName() const { return mItemName ? mItemName : "(null)"; }
 
@@ -71,6 +74,9 @@ class ZentriFilterValidator {
   char mErrorMessage[1000];
   const char* mItemName;  // not owned
   const char* mCaption;   // not owned, may be null
+
+ private:
+  void KeepErrorMessage(const char* text, std::size_t length);
 };
 
 class InvestigationNameValidator : public ZentriFilterValidator {

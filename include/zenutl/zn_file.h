@@ -65,8 +65,9 @@ char* GetFileNames(const std::vector<CString>& names, char separator);
 // Appends to `out` the full paths of a zero-separated list: if its first text is an existing
 // folder, each name joined to it with `\` ("C:/d\a.txt"); otherwise the first text alone.
 void GetFileNames(const char* list, std::vector<CString>& out);
-// Appends to `out` the full paths of a list with `separator`, in Windows form
-// ("C:/d|a.txt" => "C:\d\a.txt"); a text without the separator is appended whole.
+// Appends to `out` the full paths of a list with `separator`, each the folder and the name
+// joined by boost::filesystem's path operator in the native form of the system, here with `/`
+// ("C:\d|a.txt" => "C:/d/a.txt"); a text without the separator is appended whole.
 void GetFileNames(const char* list, std::vector<CString>& out, char separator);
 
 // False if the file cannot be opened or a zero byte is in it: in the first block of 30768

@@ -11,6 +11,7 @@
 #define ZENUTL_ZN_STRING_ALGORITHMS_H_
 
 #include <cstdarg>
+#include <cstddef>
 #include <vector>
 
 #include "zenutl/cstring.h"
@@ -24,7 +25,8 @@ namespace ZnString {
 //   "a*", "A" (nocase) => true         "a\*b", "a*b" => true, "axb" => false
 // One escape is lost on purpose, as callers rely on: directly after the first literal that
 // follows a `*`, `\?` and `\*` act as wildcards, so "a*b\?c" matches "axbyc". Elsewhere the
-// escape holds. The recursion depth grows with the number of `*`.
+// escape holds. The time is at most proportional to the pattern's length times the text's,
+// whatever the stars.
 bool WildCardCompare(const char* pattern, const char* text, bool caseSensitive);
 
 // Natural order: -1, 0 or 1, with runs of digits compared as numbers of any length (they are
@@ -71,10 +73,18 @@ bool EvaluateLimitExpression(const char* expression, float& lower, float& upper,
 // Arguments are taken in the order of their positions, by type: `c` `C` an int, `s` `S` `p` a
 // pointer (`S` a wide text), `e` `E` `f` `g` `G` a double, `d` `i` `o` `u` `x` `X` an int, a
 // long with `l` and a 64-bit integer with `I64`. A gap in the positions is not seen. Returns
-// the length of `output`, which the caller makes large enough; a malformed conversion or an
-// unknown type letter empties `output` and returns 0 ("%d" has no position, so it fails).
+// the length of `output`, which the caller makes large enough; a malformed conversion, an
+// unknown type letter, or a width or precision above 1024 empties `output` and returns 0 ("%d"
+// has no position, so it fails).
 int vlsprintf(char* output, const char* format, va_list arguments);
 int lsprintf(char* output, const char* format, ...);
+// The same into a buffer of `size` characters, for formats whose output the caller cannot
+// foresee, such as translated ones: at most size-1 characters and a terminator. Returns the
+// length, or -1 when the text had to be cut or `size` is 0 (the buffer is then not touched);
+// a bad format empties the buffer and returns 0.
+//   (8, "%s1%!", "abc") => "abc!", 4        (4, "%s1%!", "abc") => "abc", -1
+int vlsnprintf(char* output, std::size_t size, const char* format, va_list arguments);
+int lsnprintf(char* output, std::size_t size, const char* format, ...);
 
 // Joins a list for a sentence: ("a", "b", "c") => "a, b and c". A null `separator` means
 // ", ", a null `lastSeparator` " and ", and `maxItems` -1 (any negative) no limit. With more items

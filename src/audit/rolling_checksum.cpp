@@ -37,7 +37,10 @@ bool FeedOwnText(RollingChecksum& checksum, const DOMNode* node) {
 void RollingChecksum::FeedUnit(XMLCh unit) {
   const std::uint16_t c = static_cast<std::uint16_t>((mState >> 8) ^ (unit & 0xFF));
   mSum += c;
-  mState = static_cast<std::uint16_t>((c + mState) * mMultiplier + mIncrement);
+  // In unsigned 32 bits: the 16-bit values would otherwise be promoted to int, whose product
+  // overflows (it does at the very first step, 0xDA09 * 0xCE6D).
+  const std::uint32_t product = (std::uint32_t{c} + mState) * mMultiplier + mIncrement;
+  mState = static_cast<std::uint16_t>(product);
 }
 
 void RollingChecksum::FeedText(const XMLCh* text) {

@@ -4,14 +4,24 @@
 // around by people, so the parser that reads them must not trust them. Besides the settings
 // every parse in the library uses (no validation, no grammar pool, the caller's choice about the
 // external DTD), this parser
-//   - refuses every external reference that is not a local file: an "http:" DTD or entity is
-//     never fetched, whatever `loadExternalDtd` says, while a local external DTD still loads
-//     when it is true;
+//   - never lets a document reach beyond itself: no external general or parameter entity is ever
+//     resolved, and the parser never opens a file or a URL by itself. The one thing read from
+//     outside is the external DTD subset when `loadExternalDtd` is true, and only when its system
+//     id names a regular file on this machine (see LocalPathOfSystemId); the library reads that
+//     file itself, within the XML input limit, and hands the parser its bytes;
+//   - bounds the input: a document is refused once more than ZnGetXMLInputLimit() bytes of it
+//     have been read (xml_input_limit.h);
 //   - bounds entity expansion: at most kEntityExpansionLimit entity references are expanded in
 //     one document and no internal entity may hold more than kEntityValueLimit characters, so
 //     the expanded text stays below their product (no "billion laughs", no quadratic blow-up);
-//   - refuses elements nested deeper than kElementDepthLimit, so that code walking the tree
-//     recursively later (serialisation, copying) cannot run out of stack;
+//   - refuses elements nested deeper than kElementDepthLimit, counting every element, empty or
+//     not, so that code walking the tree recursively later (serialisation, copying) cannot run
+//     out of stack;
+//   - keeps a DOCTYPE's internal subset in a form that reads again: the subset that Xerces
+//     rebuilds for the DOM writes entity values, default attribute values and external ids
+//     unescaped and unquoted, drops the '%' of a parameter entity and the names of a NOTATION
+//     attribute type, so a document written back could not be parsed (and pads comments with
+//     one more blank each time); this parser writes those declarations itself;
 //   - turns every error, fatal or not, into the library's parse `Exception`.
 //
 // `Parse` throws `Exception` with the text of `ParseErrorText` on any failure and leaves the
@@ -22,8 +32,8 @@
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
 #include <xercesc/util/SecurityManager.hpp>
-#include <xercesc/util/XMLEntityResolver.hpp>
 
+#include <cstddef>
 #include <string>
 
 #include "zenutl/cstring.h"
@@ -43,18 +53,18 @@ const unsigned int kElementDepthLimit = 2048;
 // machine only the first character of an ASCII message gets through.
 CString ParseErrorText(const XMLCh* message);
 
-// True if `systemId`, taken relative to `baseUri` where it is relative, names a file on this
-// machine: a path, or a "file:" URL without a host other than "localhost". Anything with another
-// scheme, a network path ("//host/..."), or a relative id under a non-local base is not local.
-bool IsLocalSystemId(const XMLCh* systemId, const XMLCh* baseUri);
+// The native path of the file that `systemId` names, taken relative to the folder of `baseUri`
+// (or to the current folder when the base has none) where it is relative; false when it names
+// no file on this machine. Blanks around the id are dropped first, as the XML parser does.
+//   "config.dtd" under "/etc/app/settings.zxl"        => "/etc/app/config.dtd"
+//   "sub\\config.dtd" under "memory"                  => "sub/config.dtd"
+//   "file:///usr/share/a%20b.dtd", "file://localhost/usr/share/a%20b.dtd"
+//                                                     => "/usr/share/a b.dtd"
+//   " http://host/x.dtd", "file://host/x.dtd", "//host/share/x.dtd", "jar:file:///x!/y",
+//   "x.dtd" under "http://host/base.xml", ""          => false
+bool LocalPathOfSystemId(const XMLCh* systemId, const XMLCh* baseUri, std::string& nativePath);
 
 namespace detail {
-
-// Refuses non-local external references; local ones go on to Xerces' own file resolution.
-class LocalOnlyEntityResolver : public xercesc::XMLEntityResolver {
- public:
-  xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
-};
 
 // Keeps the first error the scanner reports.
 class FirstErrorRecorder : public xercesc::ErrorHandler {
@@ -76,7 +86,6 @@ class FirstErrorRecorder : public xercesc::ErrorHandler {
 // The helpers the parser points to; a base class so that they outlive the parser proper.
 struct ParserGuards {
   xercesc::SecurityManager mSecurityManager;
-  LocalOnlyEntityResolver mResolver;
   FirstErrorRecorder mErrors;
 };
 
@@ -93,6 +102,11 @@ class GuardedDOMParser : private detail::ParserGuards, public xercesc::XercesDOM
   void ParseFile(const std::string& nativePath);
 
   // Hooks of the document builder that enforce the limits above.
+  xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
+  void doctypeDecl(const xercesc::DTDElementDecl& elemDecl, const XMLCh* const publicId,
+                   const XMLCh* const systemId, const bool hasIntSubset,
+                   const bool hasExtSubset) override;
+  void endIntSubset() override;
   void startElement(const xercesc::XMLElementDecl& elemDecl, const unsigned int urlId,
                     const XMLCh* const elemPrefix,
                     const xercesc::RefVectorOf<xercesc::XMLAttr>& attrList,
@@ -101,9 +115,29 @@ class GuardedDOMParser : private detail::ParserGuards, public xercesc::XercesDOM
                   const bool isRoot, const XMLCh* const elemPrefix) override;
   void entityDecl(const xercesc::DTDEntityDecl& entityDecl, const bool isPEDecl,
                   const bool isIgnored) override;
+  void notationDecl(const xercesc::XMLNotationDecl& notDecl, const bool isIgnored) override;
+  void attDef(const xercesc::DTDElementDecl& elemDecl, const xercesc::DTDAttDef& attDef,
+              const bool ignoring) override;
+  void doctypeComment(const XMLCh* const comment) override;
 
  private:
+  // Moves what the base class appended to its subset since the last call into mSubset.
+  void TakeBaseSubset();
+  // After a base hook: when it added to the subset, `text` stands in mSubset instead.
+  void ReplaceBaseSubset(XMLSize_t lengthBefore, const std::basic_string<XMLCh>& text);
+
+  const bool mLoadExternalDtd;
+  // The scanner asks for the external DTD subset right after the DOCTYPE declaration, or right
+  // after its internal subset; a request at any other moment is for an external entity.
+  bool mHasExternalSubset = false;
+  bool mExternalSubsetNext = false;
   unsigned int mDepth = 0;
+  std::size_t mInputLimit = 0;
+  bool mInputTooLarge = false;
+  // The internal subset as it will stand in the DOM, and how much of the base class's own
+  // version of it has been taken over.
+  std::basic_string<XMLCh> mSubset;
+  XMLSize_t mBaseSubsetTaken = 0;
 };
 
 }  // namespace config

@@ -2,68 +2,14 @@
 #include "zenutl/cstring.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
-#include <vector>
+
+#include "core/print_format.h"
 
 namespace zenutl {
 namespace detail {
-namespace {
-
-bool IsFlagOrWidth(int ch) {
-  return ch == '-' || ch == '+' || ch == ' ' || ch == '#' || ch == '0' || ch == '.' || ch == '*' ||
-         (ch >= '0' && ch <= '9');
-}
-
-// Shared walk over a printf format; `wide` selects the swap of s/S and c/C.
-template <typename CharT>
-std::basic_string<CharT> Translate(const CharT* format, bool wide) {
-  std::basic_string<CharT> out;
-  if (!format) return out;
-  for (const CharT* p = format; *p; ++p) {
-    out += *p;
-    if (*p != '%') continue;
-    ++p;
-    if (*p == '%') {
-      out += *p;
-      continue;
-    }
-    while (*p && IsFlagOrWidth(*p)) out += *p++;
-    if (p[0] == 'I' && p[1] == '6' && p[2] == '4') {
-      out += 'l';
-      out += 'l';
-      p += 3;
-    } else if (p[0] == 'I' && p[1] == '3' && p[2] == '2') {
-      p += 3;
-    } else if (p[0] == 'I') {
-      out += 'z';  // pointer-sized integer
-      ++p;
-    }
-    if (!*p) break;
-    CharT type = *p;
-    if (wide && (type == 's' || type == 'c')) {
-      out += 'l';
-    } else if (wide && (type == 'S' || type == 'C')) {
-      type = static_cast<CharT>(type - 'A' + 'a');
-    } else if (!wide && (type == 'S' || type == 'C')) {
-      out += 'l';
-      type = static_cast<CharT>(type - 'A' + 'a');
-    }
-    out += type;
-  }
-  return out;
-}
-
-}  // namespace
-
-std::string TranslateFormat(const char* format) {
-  return Translate(format, false);
-}
-std::wstring TranslateFormat(const wchar_t* format) {
-  return Translate(format, true);
-}
 
 std::wstring Utf8ToWide(const std::string& text) {
   std::wstring out;
@@ -157,42 +103,6 @@ bool IsSpace(char ch) {
 }
 bool IsSpace(wchar_t ch) {
   return std::iswspace(static_cast<wint_t>(ch)) != 0;
-}
-
-// vsnprintf and vswprintf report differently when the buffer is too small, so each width gets
-// its own way to the needed length.
-void AppendPrinted(std::string& out, const char* format, va_list args) {
-  std::string fmt = zenutl::detail::TranslateFormat(format);
-  char small[256];
-  va_list copy;
-  va_copy(copy, args);
-  int needed = std::vsnprintf(small, sizeof small, fmt.c_str(), copy);
-  va_end(copy);
-  if (needed < 0) return;
-  if (static_cast<std::size_t>(needed) < sizeof small) {
-    out.append(small, static_cast<std::size_t>(needed));
-    return;
-  }
-  std::vector<char> big(static_cast<std::size_t>(needed) + 1);
-  va_copy(copy, args);
-  std::vsnprintf(big.data(), big.size(), fmt.c_str(), copy);
-  va_end(copy);
-  out.append(big.data(), static_cast<std::size_t>(needed));
-}
-
-void AppendPrinted(std::wstring& out, const wchar_t* format, va_list args) {
-  std::wstring fmt = zenutl::detail::TranslateFormat(format);
-  for (std::size_t size = 256; size <= (1u << 26); size *= 4) {
-    std::vector<wchar_t> buffer(size);
-    va_list copy;
-    va_copy(copy, args);
-    int written = std::vswprintf(buffer.data(), size, fmt.c_str(), copy);
-    va_end(copy);
-    if (written >= 0) {
-      out.append(buffer.data(), static_cast<std::size_t>(written));
-      return;
-    }
-  }
 }
 
 }  // namespace
@@ -403,7 +313,7 @@ void CStringT<CharT>::Format(const CharT* format, ...) {
 template <typename CharT>
 void CStringT<CharT>::FormatV(const CharT* format, va_list args) {
   StdString result;
-  AppendPrinted(result, format, args);
+  zenutl::detail::AppendFormatted(result, format, args);
   text_.swap(result);
 }
 
@@ -417,7 +327,7 @@ void CStringT<CharT>::AppendFormat(const CharT* format, ...) {
 
 template <typename CharT>
 void CStringT<CharT>::AppendFormatV(const CharT* format, va_list args) {
-  AppendPrinted(text_, format, args);
+  zenutl::detail::AppendFormatted(text_, format, args);
 }
 
 template <typename CharT>

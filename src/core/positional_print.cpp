@@ -1,6 +1,7 @@
 // vlsprintf: printf whose conversions name the argument they print, so that a translated format
 // may put the arguments in another order than the code passes them.
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -8,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "core/format_arguments.h"
 #include "zenutl/zn_string_algorithms.h"
 
 namespace ZnString {
@@ -15,6 +17,17 @@ namespace {
 
 bool IsDigit(char ch) {
   return ch >= '0' && ch <= '9';
+}
+
+// Reads the decimal digits at `at`, moving past them; false when their value exceeds `limit`.
+bool ReadNumber(const std::string& format, std::size_t& at, int limit, int& value) {
+  value = 0;
+  bool fits = true;
+  for (; IsDigit(format[at]); ++at) {
+    if (fits) value = value * 10 + (format[at] - '0');
+    fits = fits && value <= limit;
+  }
+  return fits;
 }
 
 struct Conversion {
@@ -31,10 +44,12 @@ struct Conversion {
 bool ParseConversion(const std::string& format, std::size_t begin, Conversion& conversion) {
   std::size_t at = begin + 1;
   while (format[at] != '\0' && std::strchr("-+0 #", format[at]) != nullptr) ++at;
-  while (IsDigit(format[at])) ++at;
+  // A field wider than the limit could only make the output huge: a bad format.
+  int field = 0;
+  if (!ReadNumber(format, at, zenutl::detail::kFormatFieldLimit, field)) return false;
   if (format[at] == '.') {
     ++at;
-    while (IsDigit(format[at])) ++at;
+    if (!ReadNumber(format, at, zenutl::detail::kFormatFieldLimit, field)) return false;
   }
   conversion.flagsWidth = format.substr(begin, at - begin);
   conversion.size = 0;
@@ -50,8 +65,7 @@ bool ParseConversion(const std::string& format, std::size_t begin, Conversion& c
     return false;
   }
   ++at;
-  conversion.position = std::atoi(format.c_str() + at);
-  while (IsDigit(format[at])) ++at;
+  if (!ReadNumber(format, at, INT_MAX / 10, conversion.position)) return false;
   if (format[at] != '%') return false;
   conversion.begin = begin;
   conversion.end = at + 1;
@@ -122,12 +136,9 @@ void AppendLiteral(std::string& out, const std::string& format, std::size_t from
   }
 }
 
-}  // namespace
-
-int vlsprintf(char* output, const char* format, va_list arguments) {
-  if (output == nullptr) return 0;
-  output[0] = '\0';
-  if (format == nullptr) return 0;
+// The text of `format` with its arguments; false for a bad format.
+bool PrintPositional(const char* format, va_list arguments, std::string& out) {
+  if (format == nullptr) return false;
   const std::string text(format);
 
   std::vector<Conversion> conversions;
@@ -138,7 +149,7 @@ int vlsprintf(char* output, const char* format, va_list arguments) {
       continue;
     }
     Conversion conversion;
-    if (!ParseConversion(text, at, conversion)) return 0;
+    if (!ParseConversion(text, at, conversion)) return false;
     conversions.push_back(conversion);
     at = conversion.end - 1;
   }
@@ -154,7 +165,6 @@ int vlsprintf(char* output, const char* format, va_list arguments) {
   for (Conversion* conversion : byPosition) conversion->printed = PrintArgument(*conversion, list);
   va_end(list);
 
-  std::string out;
   std::size_t cursor = 0;
   for (const Conversion& conversion : conversions) {
     AppendLiteral(out, text, cursor, conversion.begin);
@@ -162,14 +172,45 @@ int vlsprintf(char* output, const char* format, va_list arguments) {
     cursor = conversion.end;
   }
   AppendLiteral(out, text, cursor, text.size());
+  // A printed zero character ("%c" of 0) ends the text, as it did in the caller's buffer.
+  out.resize(std::strlen(out.c_str()));
+  return true;
+}
+
+}  // namespace
+
+int vlsprintf(char* output, const char* format, va_list arguments) {
+  if (output == nullptr) return 0;
+  output[0] = '\0';
+  std::string out;
+  if (!PrintPositional(format, arguments, out)) return 0;
   std::memcpy(output, out.c_str(), out.size() + 1);
-  return static_cast<int>(std::strlen(output));
+  return static_cast<int>(out.size());
+}
+
+int vlsnprintf(char* output, std::size_t size, const char* format, va_list arguments) {
+  if (output == nullptr || size == 0) return -1;
+  output[0] = '\0';
+  std::string out;
+  if (!PrintPositional(format, arguments, out)) return 0;
+  const std::size_t kept = std::min(out.size(), size - 1);
+  std::memcpy(output, out.data(), kept);
+  output[kept] = '\0';
+  return kept == out.size() ? static_cast<int>(kept) : -1;
 }
 
 int lsprintf(char* output, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
   const int length = vlsprintf(output, format, arguments);
+  va_end(arguments);
+  return length;
+}
+
+int lsnprintf(char* output, std::size_t size, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const int length = vlsnprintf(output, size, format, arguments);
   va_end(arguments);
   return length;
 }

@@ -1,8 +1,14 @@
 #include "zenutl/zn_string.h"
 
+#include <langinfo.h>
+
+#include <algorithm>
 #include <cerrno>
+#include <cfloat>
+#include <charconv>
 #include <climits>
 #include <clocale>
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -11,8 +17,9 @@
 #include <cwctype>
 #include <string>
 
+#include "core/print_format.h"
+#include "language/catalogue_format.h"
 #include "zenutl/exception.h"
-#include "zenutl/language_string.h"
 
 namespace ZnString {
 namespace {
@@ -45,12 +52,89 @@ std::size_t Length(const CharT* text) {
   return std::char_traits<CharT>::length(text);
 }
 
+// The locale's decimal separator: the first character of localeconv()->decimal_point, read
+// through nl_langinfo, which gives the same text without filling the whole lconv record.
+char LocaleDecimalPoint() {
+  return *nl_langinfo(RADIXCHAR);
+}
+
 template <typename CharT>
-double SeparatorTolerantStrtod(const CharT* text, CharT** end) {
-  if (text == nullptr) {
-    if (end != nullptr) *end = nullptr;
-    return 0.0;
+bool IsAsciiSpace(CharT ch) {
+  return ch == ' ' || (ch >= '\t' && ch <= '\r');
+}
+
+template <typename CharT>
+bool IsDigit(CharT ch) {
+  return ch >= '0' && ch <= '9';
+}
+
+template <typename CharT>
+bool IsDecimalSeparator(CharT ch) {
+  return ch == '.' || ch == ',';
+}
+
+// The common case without the runtime's strtod: [blanks][sign]digits[separator[digits]]
+// [e[sign]digits] and the like, either separator taken as the decimal one (in front of it there
+// is no other, so a foreign one is the first, which the full path would swap). The digits go to
+// std::from_chars, which rounds exactly as strtod does. Anything else (hexadecimal, infinity,
+// NaN, locale blanks, text reaching the 63rd character) and any value near the ends of the
+// range, where strtod may report ERANGE, is left to the full path: false then.
+template <typename CharT>
+bool ReadPlainDecimal(const CharT* text, char own, double& value, const CharT*& end) {
+  if (own != '.' && own != ',') return false;
+  const CharT* const limit = text + (kNumberBufferLength - 1);
+  char digits[kNumberBufferLength];
+  std::size_t length = 0;
+  const auto copyDigits = [&](const CharT* p, bool& any) {
+    for (; p < limit && IsDigit(*p); ++p) {
+      any = true;
+      digits[length++] = static_cast<char>(*p);
+    }
+    return p;
+  };
+
+  const CharT* p = text;
+  while (IsAsciiSpace(*p)) ++p;
+  if (*p == '-') digits[length++] = '-';
+  if (*p == '-' || *p == '+') ++p;
+  bool mantissa = false;
+  const CharT* const integer = p;
+  p = copyDigits(p, mantissa);
+  if (p - integer == 1 && *integer == '0' && (*p == 'x' || *p == 'X')) return false;
+  if (IsDecimalSeparator(*p) && (mantissa || IsDigit(p[1]))) {
+    digits[length++] = '.';
+    p = copyDigits(p + 1, mantissa);
   }
+  if (!mantissa) return false;
+  if ((*p == 'e' || *p == 'E') && p + 1 < limit) {
+    const CharT* exponent = p + 1 + (p[1] == '+' || p[1] == '-');
+    if (exponent < limit && IsDigit(*exponent)) {
+      digits[length++] = 'e';
+      if (p[1] == '-') digits[length++] = '-';
+      bool any = false;
+      p = copyDigits(exponent, any);
+    }
+  }
+  if (p >= limit) return false;
+  const std::from_chars_result read = std::from_chars(digits, digits + length, value);
+  if (read.ec != std::errc() || read.ptr != digits + length) return false;
+  // Zero only from zeros; nothing within a factor of two of the smallest normal or the largest
+  // value, where rounding decides whether strtod calls it out of range.
+  const double magnitude = std::fabs(value);
+  if (magnitude > DBL_MAX / 2 || (magnitude < 2 * DBL_MIN && magnitude != 0.0)) return false;
+  if (magnitude == 0.0 && std::find_if(digits, digits + length, [](char ch) {
+                            return ch >= '1' && ch <= '9';
+                          }) != digits + length) {
+    return false;
+  }
+  end = p;
+  return true;
+}
+
+// The algorithm as it stands: the text copied (63 characters at most), the first foreign
+// separator swapped for the locale's, the first capital D made an L, and strtod on the copy.
+template <typename CharT>
+double FullStrtod(const CharT* text, CharT** end) {
   CharT buffer[kNumberBufferLength];
   std::size_t length = 0;
   while (length < kNumberBufferLength - 1 && text[length] != 0) {
@@ -59,8 +143,7 @@ double SeparatorTolerantStrtod(const CharT* text, CharT** end) {
   }
   buffer[length] = 0;
 
-  const CharT own =
-      static_cast<CharT>(static_cast<unsigned char>(*std::localeconv()->decimal_point));
+  const CharT own = static_cast<CharT>(static_cast<unsigned char>(LocaleDecimalPoint()));
   const CharT foreign = own == CharT('.') ? CharT(',') : CharT('.');
   // Only the first foreign separator is taken as a decimal one; a second stops the parse.
   for (std::size_t i = 0; i < length; ++i) {
@@ -83,6 +166,21 @@ double SeparatorTolerantStrtod(const CharT* text, CharT** end) {
     *end = const_cast<CharT*>(text) + (bufferEnd - buffer);
   }
   return value;
+}
+
+template <typename CharT>
+double SeparatorTolerantStrtod(const CharT* text, CharT** end) {
+  if (text == nullptr) {
+    if (end != nullptr) *end = nullptr;
+    return 0.0;
+  }
+  double value = 0.0;
+  const CharT* plainEnd = nullptr;
+  if (ReadPlainDecimal(text, LocaleDecimalPoint(), value, plainEnd)) {
+    if (end != nullptr) *end = const_cast<CharT*>(plainEnd);
+    return value;
+  }
+  return FullStrtod(text, end);
 }
 
 template <typename CharT>
@@ -367,10 +465,9 @@ CStringW Format(const wchar_t* format, ...) {
 }
 
 CString Format(unsigned long id, ...) {
-  CString text;
   va_list args;
   va_start(args, id);
-  text.FormatV(LanguageString::Get(static_cast<unsigned int>(id)), args);
+  CString text = zenutl::language::FormatLanguageString(static_cast<unsigned int>(id), args);
   va_end(args);
   return text;
 }
@@ -399,15 +496,17 @@ char* znitoa(int value, char* buffer, int radix) {
 
 int znsnprintf(char* buffer, unsigned int size, const char* format, ...) {
   if (size == 0) return -1;
-  const std::string translated = zenutl::detail::TranslateFormat(format);
+  std::string text;
   va_list args;
   va_start(args, format);
-  const int needed = std::vsnprintf(buffer, size, translated.c_str(), args);
+  zenutl::detail::AppendFormatted(text, format, args);
   va_end(args);
-  buffer[size - 1] = 0;
+  const std::size_t copied = std::min<std::size_t>(text.size(), size - 1);
+  std::memcpy(buffer, text.data(), copied);
+  buffer[copied] = 0;
   // The Windows runtime's bounded print answers -1 whenever the text did not fit in size-1.
-  if (needed < 0 || static_cast<unsigned int>(needed) > size - 1) return -1;
-  return needed;
+  if (text.size() > size - 1) return -1;
+  return static_cast<int>(text.size());
 }
 
 char* znstrdup(const char* text) {

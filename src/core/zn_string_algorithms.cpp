@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <map>
+#include <vector>
 
 namespace ZnString {
 namespace {
@@ -43,52 +44,56 @@ PatternToken ReadToken(const char* pattern) {
   }
 }
 
-bool SameCharacter(char a, char b, bool caseSensitive) {
-  if (caseSensitive) return a == b;
-  return std::toupper(static_cast<unsigned char>(a)) == std::toupper(static_cast<unsigned char>(b));
+char Folded(char ch, bool caseSensitive) {
+  return caseSensitive ? ch : static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
 }
 
-bool MatchFrom(const char* pattern, const char* text, bool caseSensitive) {
-  for (;;) {
-    PatternToken token = ReadToken(pattern);
-    switch (token.kind) {
-      case PatternToken::kEnd:
-        return *text == '\0';
-      case PatternToken::kAnyOne:
-        if (*text == '\0') return false;
-        ++text;
-        pattern = token.next;
-        continue;
-      case PatternToken::kLiteral:
-        if (*text == '\0' || !SameCharacter(token.literal, *text, caseSensitive)) return false;
-        ++text;
-        pattern = token.next;
-        continue;
-      case PatternToken::kAnyRun:
-        break;
+// The pattern as the token walk reads it, with the one lost escape made explicit: the text that
+// follows the first literal after a `*` is read afresh, without an escaping backslash at its
+// start, so a `\?` or `\*` there is a wildcard. Literals come folded for a caseless compare.
+std::vector<PatternToken> ReadPattern(const char* pattern, bool caseSensitive) {
+  std::vector<PatternToken> tokens;
+  bool afterStar = false;  // a `*` waits for the literal it is anchored on
+  for (PatternToken token = ReadToken(pattern); token.kind != PatternToken::kEnd;
+       token = ReadToken(token.next)) {
+    if (token.kind == PatternToken::kAnyRun) afterStar = true;
+    if (token.kind == PatternToken::kLiteral) {
+      token.literal = Folded(token.literal, caseSensitive);
+      if (afterStar && token.next[0] == '\\' && IsEscapable(token.next[1])) ++token.next;
+      afterStar = false;
     }
-    // After a `*`: swallow further stars, let each `?` take one character now, and anchor on
-    // the first literal.
-    for (;;) {
-      token = ReadToken(token.next);
-      if (token.kind == PatternToken::kAnyRun) continue;
-      if (token.kind == PatternToken::kEnd) return true;
-      if (token.kind == PatternToken::kLiteral) break;
-      if (*text == '\0') return false;
-      ++text;
-    }
-    // The rest of the pattern is handed on without an escaping backslash that directly
-    // follows the anchor, so that one `\?` or `\*` acts as a wildcard. Callers rely on it.
-    const char* rest = token.next;
-    if (rest[0] == '\\' && IsEscapable(rest[1])) ++rest;
-    for (; *text != '\0'; ++text) {
-      if (SameCharacter(token.literal, *text, caseSensitive) &&
-          MatchFrom(rest, text + 1, caseSensitive)) {
-        return true;
-      }
-    }
-    return false;
+    tokens.push_back(token);
   }
+  return tokens;
+}
+
+// Whether the tokens match the whole text. A `*` matches a run of any length; of all the ways
+// to split the text among the stars only the last star's needs trying again, since an earlier
+// star's longer run can always be given to the later one instead. So each mismatch moves the
+// last star's run on by one character: at most (pattern length) x (text length) steps, where
+// trying every way for every star grows exponentially with the number of stars.
+bool MatchTokens(const std::vector<PatternToken>& tokens, const char* text, bool caseSensitive) {
+  const std::size_t count = tokens.size();
+  std::size_t at = 0;
+  std::size_t afterLastStar = 0;
+  const char* lastStarRunEnd = nullptr;  // null until a star has been met
+  while (*text != '\0') {
+    if (at < count && tokens[at].kind == PatternToken::kAnyRun) {
+      afterLastStar = ++at;
+      lastStarRunEnd = text;
+    } else if (at < count && (tokens[at].kind == PatternToken::kAnyOne ||
+                              tokens[at].literal == Folded(*text, caseSensitive))) {
+      ++at;
+      ++text;
+    } else if (lastStarRunEnd != nullptr) {
+      at = afterLastStar;
+      text = ++lastStarRunEnd;
+    } else {
+      return false;
+    }
+  }
+  while (at < count && tokens[at].kind == PatternToken::kAnyRun) ++at;
+  return at == count;
 }
 
 // ---- Natural order ----
@@ -109,15 +114,18 @@ struct LowerCase {
   }
 };
 
-template <typename CharT>
-int CountDigits(const CharT* p) {
-  int count = 0;
-  while (IsAsciiDigit(*p++)) ++count;
-  return count;
-}
-
 template <typename CharT, typename Transform>
 int NaturalCompare(const CharT* a, const CharT* b, Transform transform) {
+  // The walk over a common beginning finds every step a tie and goes on in both texts alike, so
+  // it may start at the first difference, or at the start of the run of digits that holds it,
+  // since a number is weighed whole. Sorted names share long beginnings.
+  std::size_t same = 0;
+  while (a[same] == b[same] && a[same] != 0) ++same;
+  if (IsAsciiDigit(a[same]) || IsAsciiDigit(b[same])) {
+    while (same > 0 && IsAsciiDigit(a[same - 1])) --same;
+  }
+  a += same;
+  b += same;
   if (*a == 0) return *b == 0 ? 0 : -1;
   while (*b != 0) {
     if (!IsAsciiDigit(*a) || !IsAsciiDigit(*b)) {
@@ -140,11 +148,15 @@ int NaturalCompare(const CharT* a, const CharT* b, Transform transform) {
         // Equal values: the one written with more leading zeros is the greater.
         if (zerosA != zerosB) return zerosA > zerosB ? 1 : -1;
       } else {
-        // The first differing digit decides between runs of equal length.
+        // The longer run is the greater number; the first differing digit decides between runs
+        // of equal length.
         const int firstDifference = *a < *b ? -1 : 1;
-        const int lengthA = CountDigits(a);
-        const int lengthB = CountDigits(b);
-        if (lengthA != lengthB) return lengthA > lengthB ? 1 : -1;
+        do {
+          ++a;
+          ++b;
+        } while (IsAsciiDigit(*a) && IsAsciiDigit(*b));
+        if (IsAsciiDigit(*a)) return 1;
+        if (IsAsciiDigit(*b)) return -1;
         return firstDifference;
       }
     }
@@ -156,7 +168,7 @@ int NaturalCompare(const CharT* a, const CharT* b, Transform transform) {
 }  // namespace
 
 bool WildCardCompare(const char* pattern, const char* text, bool caseSensitive) {
-  return MatchFrom(OrEmpty(pattern), OrEmpty(text), caseSensitive);
+  return MatchTokens(ReadPattern(OrEmpty(pattern), caseSensitive), OrEmpty(text), caseSensitive);
 }
 
 int znstrnumbercmp(const char* a, const char* b) {

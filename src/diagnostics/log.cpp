@@ -2,6 +2,9 @@
 
 #include <strings.h>
 
+#include <cstring>
+#include <string>
+
 #include <boost/thread/lock_guard.hpp>
 #include <boost/thread/mutex.hpp>
 
@@ -20,6 +23,50 @@ boost::mutex& CreationMutex() {
 }
 
 typedef boost::lock_guard<boost::mutex> Guard;
+
+// What follows the time stamp in a message record: " [<level>] [<class>::<function>()]\n<text>",
+// the location shortened to "[<class>]" or "[<function>()]" or left out as the names are
+// missing. Put together piece by piece, on the stack when it is short: a printf format or an
+// allocation would cost more than the rest of the record.
+class MessageBody {
+ public:
+  MessageBody(const char* className, const char* functionName, const char* text,
+              Log::Importance importance) {
+    Append(" [");
+    Append(Log::ImportanceToString(importance));
+    Append("]");
+    if (className != nullptr || functionName != nullptr) {
+      Append(" [");
+      if (className != nullptr) Append(className);
+      if (className != nullptr && functionName != nullptr) Append("::");
+      if (functionName != nullptr) {
+        Append(functionName);
+        Append("()");
+      }
+      Append("]");
+    }
+    Append("\n");
+    if (text != nullptr) Append(text);
+  }
+  const char* data() const { return mLong.empty() ? mShort : mLong.data(); }
+  std::size_t size() const { return mLong.empty() ? mShortLength : mLong.size(); }
+
+ private:
+  void Append(const char* piece) {
+    const std::size_t length = std::strlen(piece);
+    if (mLong.empty() && mShortLength + length <= sizeof(mShort)) {
+      std::memcpy(mShort + mShortLength, piece, length);
+      mShortLength += length;
+      return;
+    }
+    if (mLong.empty()) mLong.assign(mShort, mShortLength);
+    mLong.append(piece, length);
+  }
+
+  char mShort[512];
+  std::size_t mShortLength = 0;
+  std::string mLong;
+};
 
 }  // namespace
 
@@ -69,10 +116,15 @@ void Log::WriteMessage(const char* className, const char* functionName, const ch
                        Importance importance, bool force) {
   Log* log = spInstance.load();
   if (log == nullptr) return;
+  // A message below the level goes no further, without the lock; one that passes is looked at
+  // again under the lock, in case the level changes meanwhile.
+  if (!force && importance < log->mLogLevel.load(std::memory_order_relaxed)) return;
+  // The text is put together before the lock is taken, so that other threads wait only for the
+  // stamp and the write.
+  const MessageBody body(className, functionName, text, importance);
   Guard writing(*log->mLock);
-  if (force || importance >= log->mLogLevel) {
-    log->LogMessage(className, functionName, text, importance);
-  }
+  if (force || importance >= log->mLogLevel)
+    log->mFile->WriteStampedMessage(body.data(), body.size());
 }
 
 bool Log::SetLogLevel(Importance level) {
@@ -110,27 +162,8 @@ bool Log::GetBuffer(char* buffer, unsigned int size) {
 
 void Log::LogMessage(const char* className, const char* functionName, const char* text,
                      Importance importance) {
-  if (!mFile->IsOpen()) return;
-  // "<stamp> [<level>] [<class>::<function>()]\n<text>", the location shortened to "[<class>]" or
-  // "[<function>()]" or left out as the names are missing. Built piece by piece: this runs for
-  // every message, and a printf format would cost more than the rest of the record.
-  CString record = mFile->TimeStamp();
-  record += " [";
-  record += ImportanceToString(importance);
-  record += "]";
-  if (className != nullptr || functionName != nullptr) {
-    record += " [";
-    record += className;
-    if (className != nullptr && functionName != nullptr) record += "::";
-    if (functionName != nullptr) {
-      record += functionName;
-      record += "()";
-    }
-    record += "]";
-  }
-  record += "\n";
-  record += text;
-  mFile->WriteMessage(record);
+  const MessageBody body(className, functionName, text, importance);
+  mFile->WriteStampedMessage(body.data(), body.size());
 }
 
 Log::Importance Log::IndexToImportance(unsigned int index) {

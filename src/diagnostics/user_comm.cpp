@@ -45,8 +45,11 @@ UserComm* UserComm::GetUserComm() {
 }
 
 UserComm* UserComm::SetUserComm(UserComm* comm) {
+  // The present channel set again stays where it is. Handing it back as "the previous one"
+  // would give the caller a channel the thread still owns and deletes at its end.
+  if (comm != nullptr && comm == smUserComm.get()) return nullptr;
   UserComm* previous = smUserComm.release();
-  if (comm != smUserComm.get()) smUserComm.reset(comm);
+  smUserComm.reset(comm);
   return previous;
 }
 

@@ -208,41 +208,25 @@ bool ZnCopyFile(const char* from, const char* to, bool failIfExists) {
   if (failIfExists && platform::AccessPath(to, F_OK) == 0) return false;
   if (std::strcmp(from ? from : "", to ? to : "") == 0) return !failIfExists;
 
-  // Writing through a link goes to the file it names, and the link stays a link.
-  std::string target = to ? to : "";
-  if (platform::IsSymbolicLink(target.c_str())) {
-    std::string resolved;
-    if (platform::ResolvePath(target.c_str(), resolved)) target = resolved;
+  // The copy goes into the target itself ("wb"): its other links see it, its owner and
+  // attributes stay, and a copy over a file of the same size needs no room for two.
+  struct stat target, original;
+  if (platform::StatPath(to, &target) && ::fstat(source.get(), &original) == 0) {
+    // Another name of the source: opening it for writing would empty the source first.
+    if (target.st_dev == original.st_dev && target.st_ino == original.st_ino) return true;
+    if (platform::IsReadOnlyFile(target)) return false;
   }
-  struct stat existing;
-  const bool replacing = platform::StatPath(target.c_str(), &existing);
-  if (replacing && S_ISDIR(existing.st_mode)) return false;
-
-  std::string temporary;
-  const int fd = platform::CreateTemporaryBesidePath(target.c_str(), temporary);
-  if (fd < 0) return false;
-  FileDescriptor copy(fd);
-  // An existing file keeps its permissions, as it would if written in place.
-  if (replacing) ::fchmod(copy.get(), existing.st_mode & 07777);
-
-  bool succeeded = true;
+  FileDescriptor copy(platform::OpenPath(to, O_WRONLY | O_CREAT | O_TRUNC, 0666));
+  if (!copy.valid()) return false;
   ssize_t got;
   do {
     got = ReadBlock(source.get(), buffer.get(), kBlockSize);
+    // A failure ends the copy and leaves what was written, as a short fwrite would.
     if (got < 0 || !platform::WriteAll(copy.get(), buffer.get(), static_cast<std::size_t>(got))) {
-      succeeded = false;
-      break;
+      return false;
     }
   } while (static_cast<std::size_t>(got) == kBlockSize);
-  if (!copy.Close()) succeeded = false;
-  if (succeeded) {
-    const int renamed = failIfExists
-                            ? platform::RenamePathNoReplace(temporary.c_str(), target.c_str())
-                            : platform::RenamePathReplacing(temporary.c_str(), target.c_str());
-    succeeded = renamed == 0;
-  }
-  if (!succeeded) platform::UnlinkPath(temporary.c_str());
-  return succeeded;
+  return copy.Close();
 }
 
 bool IsTextFile(const char* path, unsigned int maxBytes) {

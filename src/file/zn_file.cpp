@@ -13,6 +13,7 @@
 #include <string>
 
 #include "file/file_io.h"
+#include "platform/file_move.h"
 #include "platform/file_system.h"
 #include "platform/native_path.h"
 #include "zenutl/path_functions.h"
@@ -59,7 +60,7 @@ bool Remove(const CString& path, CString* error) {
 }
 
 bool Rename(const CString& from, const CString& to, CString* error) {
-  if (platform::RenamePathNoReplace(from, to) == 0) return true;
+  if (platform::MovePathNoReplace(from, to) == 0) return true;
   SetError(error, errno);
   return false;
 }
@@ -163,8 +164,9 @@ void GetFileNames(const char* list, std::vector<CString>& out, char separator) {
     const std::size_t start = end + 1;
     end = text.find(separator, start);
     const std::string piece = text.substr(start, end == std::string::npos ? end : end - start);
+    // Joined by the path operator and left in its native form, the form of this system.
     const boost::filesystem::path full = folder / platform::ToNativePath(piece);
-    out.push_back(CString(platform::FromNativePath(full.string())));
+    out.push_back(CString(full.string()));
     if (end == std::string::npos) break;
   }
 }

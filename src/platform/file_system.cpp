@@ -17,7 +17,6 @@
 #include <fstream>
 #include <memory>
 
-#include "platform/atomic_file.h"
 #include "platform/file_calls.h"
 #include "platform/native_path.h"
 
@@ -85,17 +84,6 @@ int UnlinkPath(const char* path) {
 
 int RenamePathNoReplace(const char* from, const char* to) {
   return RenameNoReplace(ToNativePath(from).c_str(), ToNativePath(to).c_str());
-}
-
-int RenamePathReplacing(const char* from, const char* to) {
-  return Rename(ToNativePath(from).c_str(), ToNativePath(to).c_str());
-}
-
-int CreateTemporaryBesidePath(const char* target, std::string& temporary) {
-  std::string native;
-  const int fd = CreateTemporaryBeside(ToNativePath(target), native);
-  if (fd >= 0) temporary = FromNativePath(native);
-  return fd;
 }
 
 bool ListDirectory(const char* path, std::vector<DirectoryEntry>& entries) {
@@ -213,6 +201,10 @@ bool GetDiskFreeSpace(const char* path, unsigned long long* freeBytes) {
     *freeBytes = static_cast<unsigned long long>(fileSystem.f_bavail) * fileSystem.f_frsize;
   }
   return true;
+}
+
+bool IsReadOnlyFile(const struct stat& info) {
+  return S_ISREG(info.st_mode) && (info.st_mode & 0222) == 0;
 }
 
 bool IsReadOnlyItem(const char* path) {

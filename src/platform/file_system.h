@@ -35,13 +35,6 @@ int RemoveDirectoryPath(const char* path);
 int UnlinkPath(const char* path);
 // Rename refusing an existing target (MoveFileA, CFile::Rename, the runtime's rename).
 int RenamePathNoReplace(const char* from, const char* to);
-// rename(2), replacing the target: the final step of a copy written beside it.
-int RenamePathReplacing(const char* from, const char* to);
-// The temporary file a copy is written to before it takes `target`'s place: new, empty, hidden,
-// in the same folder (CreateTemporaryBeside of atomic_file.h), its name in Windows form. A
-// descriptor, or -1 with errno set.
-int CreateTemporaryBesidePath(const char* target, std::string& temporary);
-
 struct DirectoryEntry {
   std::string name;
   bool isDirectory;  // a real folder, not a link to one
@@ -88,6 +81,11 @@ EDriveType ClassifyDriveType(unsigned long fileSystemMagic, bool removableDevice
 // GetDiskFreeSpaceA through statvfs: bytes free to an unprivileged user. False if the file
 // system cannot be asked.
 bool GetDiskFreeSpace(const char* path, unsigned long long* freeBytes);
+
+// The read-only attribute of a file (FILE_ATTRIBUTE_READONLY), mapped as Samba and Wine map it:
+// no write permission bit at all. Windows refuses such a file to every writer, administrators
+// included, while Linux lets root write it; writers that must refuse ask this first.
+bool IsReadOnlyFile(const struct stat& info);
 
 // SHGetFileInfoA's read-only attribute (0x40000): the item cannot be written by this process,
 // e.g. it lies on a read-only mount.

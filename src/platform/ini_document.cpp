@@ -227,6 +227,15 @@ std::string IniDocument::Serialize() const {
   return kUtf16LeBom + Utf8ToUtf16Le(text) + oddByte_;
 }
 
+bool IniDocument::ReadsBackAsItself() const {
+  if (utf16_ || !bom_.empty()) return true;
+  std::string start;
+  for (std::size_t i = 0; i < lines_.size() && start.size() < 2; ++i) {
+    start += lines_[i].text + lines_[i].eol;
+  }
+  return start.compare(0, 2, kUtf16LeBom) != 0;
+}
+
 const std::string* IniDocument::FindValue(const std::string& section,
                                           const std::string& key) const {
   const Section* found = FindSection(section);

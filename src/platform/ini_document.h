@@ -43,6 +43,10 @@ class IniDocument {
 
   // The file's bytes, including any edits, in the file's encoding.
   std::string Serialize() const;
+  // Whether those bytes read back as this document. False only for an 8-bit file that an edit
+  // left beginning with the bytes FF FE (a stray line moved to the top), which every reader
+  // takes for the byte-order mark of a UTF-16LE file.
+  bool ReadsBackAsItself() const;
 
   // The value of `key` in `section` as read (see above); null when either is absent.
   const std::string* FindValue(const std::string& section, const std::string& key) const;

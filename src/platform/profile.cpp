@@ -321,6 +321,9 @@ BOOL ModifyFile(const std::string& path, bool create, const std::string& added,
     if (lock.created()) ::unlink(path.c_str());
     return 1;
   }
+  if (!edited->ReadsBackAsItself()) {
+    return Fail(EILSEQ, "the edit would make '" + path + "' begin as a UTF-16 file does");
+  }
   std::string bytes = edited->Serialize();
   std::string error;
   if (!WriteFileAtomically(path, bytes, &error, nullptr, Durability::kProcessCrash)) {

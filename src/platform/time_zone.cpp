@@ -145,5 +145,14 @@ bool ZoneLocalTimeToUtc(const SYSTEMTIME& local, bool withDaylightRules, SYSTEMT
   return SystemTimeFromSeconds(seconds, local.wMilliseconds, utc);
 }
 
+bool LocalTimeInZoneInForce(long long seconds, tm* local) {
+  tzset();
+  return LocalAt(seconds, local);
+}
+
+const char* ZoneSettingName() {
+  return std::getenv("TZ");
+}
+
 }  // namespace platform
 }  // namespace zenutl

@@ -48,6 +48,16 @@ bool UtcToZoneLocalTime(const SYSTEMTIME& utc, SYSTEMTIME* local);
 // dates are cleared.
 bool ZoneLocalTimeToUtc(const SYSTEMTIME& local, bool withDaylightRules, SYSTEMTIME* utc);
 
+// The local time of `seconds` in the zone in force (localtime_r; tm_gmtoff is the offset from
+// UTC), the zone setting read afresh first (tzset: TZ, else /etc/localtime). False if the time
+// cannot be broken down.
+bool LocalTimeInZoneInForce(long long seconds, tm* local);
+
+// What names the zone setting for the C library: the TZ variable, null when it is unset (the
+// zone is then that of /etc/localtime). While it stays the same, only a new /etc/localtime can
+// change the zone in force.
+const char* ZoneSettingName();
+
 }  // namespace platform
 }  // namespace zenutl
 

@@ -2,12 +2,15 @@
 // cases (numbers and project paths), and subclasses that only fill in their data.
 #include "zenutl/zentri_filter_validator.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "core/print_format.h"
+#include "language/catalogue_format.h"
 #include "zenutl/host_dialogs.h"
 #include "zenutl/language_string.h"
 #include "zenutl/locales.h"
@@ -65,11 +68,11 @@ ZentriFilterValidator::~ZentriFilterValidator() = default;
 bool ZentriFilterValidator::IsValid(const char* text) {
   SetErrorMessage("%s", LanguageString::Get(kValidText));
   if (text == nullptr || *text == 0) {
-    SetErrorMessage(LanguageString::Get(kEmptyFormat), ItemName());
+    SetErrorMessageFromLanguageString(kEmptyFormat, ItemName());
     return false;
   }
   if (std::strpbrk(text, mIllegalChars) != nullptr) {
-    SetErrorMessage(LanguageString::Get(kIllegalCharsFormat), ItemName(), mIllegalChars);
+    SetErrorMessageFromLanguageString(kIllegalCharsFormat, ItemName(), mIllegalChars);
     return false;
   }
   return true;
@@ -104,11 +107,27 @@ void ZentriFilterValidator::SetRule(const char* illegalChars, const char* itemNa
 }
 
 void ZentriFilterValidator::SetErrorMessage(const char* format, ...) {
-  const std::string translated = zenutl::detail::TranslateFormat(format);
+  std::string message;
   va_list args;
   va_start(args, format);
-  std::vsnprintf(mErrorMessage, sizeof(mErrorMessage), translated.c_str(), args);
+  zenutl::detail::AppendFormatted(message, format, args);
   va_end(args);
+  KeepErrorMessage(message.data(), message.size());
+}
+
+void ZentriFilterValidator::SetErrorMessageFromLanguageString(unsigned int id, ...) {
+  va_list args;
+  va_start(args, id);
+  const CString message = zenutl::language::FormatLanguageString(id, args);
+  va_end(args);
+  KeepErrorMessage(message.GetString(), static_cast<std::size_t>(message.GetLength()));
+}
+
+// The message buffer is fixed: a long text is cut, never written past the end.
+void ZentriFilterValidator::KeepErrorMessage(const char* text, std::size_t length) {
+  const std::size_t kept = std::min(length, sizeof(mErrorMessage) - 1);
+  std::memcpy(mErrorMessage, text, kept);
+  mErrorMessage[kept] = '\0';
 }
 
 // --- the plain name validators
@@ -142,7 +161,7 @@ bool FloatValidator::IsValid(const char* text) {
   if (text == nullptr) text = "";
   float value;
   if (ZnString::ToFloat(text, value)) return true;
-  SetErrorMessage(LanguageString::Get(*text == 0 ? kNoNumberFormat : kInvalidNumberFormat), text);
+  SetErrorMessageFromLanguageString(*text == 0 ? kNoNumberFormat : kInvalidNumberFormat, text);
   return false;
 }
 
@@ -186,11 +205,11 @@ void MaxStringValidator::SetRule(const char* illegalChars, unsigned int maxLengt
 bool MaxStringValidator::IsValid(const char* text) {
   if (!ZentriFilterValidator::IsValid(text)) return false;
   if (IsBlank(text)) {
-    SetErrorMessage(LanguageString::Get(kBlankFormat), ItemName());
+    SetErrorMessageFromLanguageString(kBlankFormat, ItemName());
     return false;
   }
   if (std::strlen(text) > mMaxLength) {
-    SetErrorMessage(LanguageString::Get(kTooLongFormat), ItemName(), mMaxLength);
+    SetErrorMessageFromLanguageString(kTooLongFormat, ItemName(), mMaxLength);
     return false;
   }
   for (const char* c = text; *c; ++c) {

@@ -13,7 +13,9 @@
 #include <vector>
 
 #include "audit/audit_test_support.h"
+#include "config/file_probes.h"
 #include "config/guarded_dom_parser.h"
+#include "config/local_listener.h"
 #include "support/child_process.h"
 #include "support/exception_matchers.h"
 #include "support/file_handle_shortage.h"
@@ -22,6 +24,7 @@
 #include "zenutl/audit_trail.h"
 #include "zenutl/exception.h"
 #include "zenutl/log.h"
+#include "zenutl/xml_input_limit.h"
 #include "zenutl/zn_folder_stream_source.h"
 
 namespace {
@@ -380,6 +383,56 @@ TEST_F(AuditTrailPersistence, ReadOfBadDataThrowsAndKeepsTheDocument) {
   EXPECT_EQ(SavedText(trail), before);
   trail.AddEvent("still open", "", nullptr);
   EXPECT_EQ(CountOf(SavedText(trail), "<Event "), 2);
+}
+
+TEST_F(AuditTrailPersistence, ReadingReachesNothingOutsideTheTrail) {
+  const std::string marker = File("marker.txt");
+  WriteWholeFile(marker, "MARKER");
+  zenutl_test::OpenWatch watch(marker);
+  zenutl_test::LocalListener listener;
+  std::string deep;
+  // One level too deep, and well within the size limit below.
+  const int levels = static_cast<int>(zenutl::config::kElementDepthLimit);
+  for (int i = 0; i < levels; ++i) deep += "<Session><e/>";
+  for (int i = 0; i < levels; ++i) deep += "</Session>";
+  const std::size_t previous = ZnSetXMLInputLimit(100000);
+  struct Case {
+    const char* what;
+    std::string text;
+    bool readable;
+  };
+  const std::vector<Case> cases = {
+      // A trail names no DTD: one named is left unread.
+      {"external DTD", "<!DOCTYPE AuditTrail SYSTEM \"" + marker + "\"><AuditTrail/>", true},
+      {"external entity",
+       "<!DOCTYPE AuditTrail [<!ENTITY e SYSTEM \"" + marker + "\">]><AuditTrail>&e;</AuditTrail>",
+       false},
+      {"entity on the network behind a blank",
+       "<!DOCTYPE AuditTrail [<!ENTITY e SYSTEM \"\t" + listener.Url("e") +
+           "\">]><AuditTrail>&e;</AuditTrail>",
+       false},
+      {"an empty element under each start tag", "<AuditTrail>" + deep + "</AuditTrail>", false},
+      {"beyond the size limit", "<AuditTrail>" + std::string(100000, ' ') + "</AuditTrail>", false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    AuditTrail trail;
+    std::istringstream in(c.text);
+    if (c.readable) {
+      EXPECT_NO_THROW(trail.Read(in));
+    } else {
+      EXPECT_THROW(trail.Read(in), Exception);
+    }
+    const std::string path = File("trail.xml");
+    WriteWholeFile(path, c.text);
+    UserCommRecorder recorder;
+    AuditTrail stored(path.c_str(), "", nullptr);
+    stored.Load();
+    EXPECT_EQ(recorder.messages.size(), c.readable ? 0u : 1u);
+  }
+  ZnSetXMLInputLimit(previous);
+  EXPECT_EQ(watch.Opens(), 0);
+  EXPECT_EQ(listener.Connections(), 0);
 }
 
 TEST_F(AuditTrailPersistence, ReadReplacesTheDocumentAndClosesTheSession) {

@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "config/external_dtd_leak.h"
+#include "config/file_probes.h"
+#include "config/guarded_dom_parser.h"
 #include "config/local_listener.h"
 #include "support/child_process.h"
 #include "support/exception_matchers.h"
@@ -26,6 +28,7 @@
 #include "zenutl/memory_xml_input_stream.h"
 #include "zenutl/resource_module.h"
 #include "zenutl/write_xml_file.h"
+#include "zenutl/xml_input_limit.h"
 
 namespace {
 
@@ -712,6 +715,10 @@ class XMLSectionParse : public TempDirTest {
 };
 
 TEST_F(XMLSectionParse, EveryParsingConstructorReadsAndRejectsAlike) {
+  const std::string marker = File("marker.txt");
+  WriteWholeFile(marker, "MARKER");
+  zenutl_test::OpenWatch watch(marker);
+  zenutl_test::LocalListener listener;
   std::string laughs = "<!DOCTYPE root [<!ENTITY a0 \"ha\">";
   for (int i = 1; i <= 9; ++i) {
     laughs += "<!ENTITY a" + std::to_string(i) + " \"" +
@@ -731,6 +738,15 @@ TEST_F(XMLSectionParse, EveryParsingConstructorReadsAndRejectsAlike) {
       {"deeply nested", Repeat("<root>", 50000) + Repeat("</root>", 50000),
        std::string(kParseError) + "E"},
       {"billion laughs", laughs, std::string(kParseError) + "p"},
+      {"an empty element under each start tag",
+       Repeat("<root><e/>", 50000) + Repeat("</root>", 50000), std::string(kParseError) + "E"},
+      {"external entity",
+       "<!DOCTYPE root [<!ENTITY e SYSTEM \"" + marker + "\">]><root k=\"v\">&e;</root>",
+       std::string(kParseError) + "E"},
+      {"entity on the network behind a blank",
+       "<!DOCTYPE root [<!ENTITY e SYSTEM \" " + listener.Url("e") +
+           "\">]><root k=\"v\">&e;</root>",
+       std::string(kParseError) + "E"},
   };
   for (const char* how : {"path", "istream", "library stream", "string"}) {
     for (const Case& c : cases) {
@@ -742,6 +758,28 @@ TEST_F(XMLSectionParse, EveryParsingConstructorReadsAndRejectsAlike) {
       }
     }
   }
+  EXPECT_EQ(watch.Opens(), 0);
+  EXPECT_EQ(listener.Connections(), 0);
+}
+
+TEST(XMLSection, DeepestAcceptedDocumentCopiesWhole) {
+  const int above = static_cast<int>(zenutl::config::kElementDepthLimit) - 1;
+  const std::unique_ptr<XMLSection> source =
+      FromString(Repeat("<root>", above) + "<e/>" + Repeat("</root>", above));
+  XMLSection copy;
+  ASSERT_TRUE(source->WriteToSection(&copy));
+  EXPECT_EQ(Xml(copy), Xml(*source));
+}
+
+TEST_F(XMLSectionParse, EveryParsingConstructorKeepsToTheInputLimit) {
+  const std::string fits = "<root k=\"" + std::string(88, 'v') + "\"/>";  // 100 bytes
+  const std::size_t previous = ZnSetXMLInputLimit(100);
+  for (const char* how : {"path", "istream", "library stream", "string"}) {
+    SCOPED_TRACE(how);
+    EXPECT_EQ(Build(how, fits), std::string(88, 'v'));
+    EXPECT_THROW_WHY(Build(how, fits + "\n"), Exception, std::string(kParseError) + "D");
+  }
+  ZnSetXMLInputLimit(previous);
 }
 
 TEST(XMLSection, NullLibraryStreamIsAnEmptyDocumentThatFailsToParse) {

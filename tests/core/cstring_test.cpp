@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cstring>
 
 namespace {
@@ -103,6 +104,29 @@ TEST(CStringW, WideFormatTakesWideStringsForLowerCaseS) {
   CStringW w;
   w.Format(L"%s-%S-%c-%C-%I64d", L"wide", "narrow", L'W', 'n', -5LL);
   EXPECT_STREQ(w, L"wide-narrow-W-n--5");
+}
+
+// The other width goes through UTF-8 under any locale; only what cannot be converted is
+// replaced, and the rest of the text stays.
+TEST(CString, FormatConvertsTheOtherWidthWhateverTheLocale) {
+  for (const char* locale : {"C", "en_US.UTF-8"}) {
+    SCOPED_TRACE(locale);
+    ASSERT_NE(std::setlocale(LC_ALL, locale), nullptr);
+    CString narrow;
+    narrow.Format("x=%S;", L"caf\u00e9");
+    EXPECT_STREQ(narrow, "x=caf\xC3\xA9;");
+    narrow.Format("%C|%lc|%hs|%ws|%5S|%-4.2S|%.1S]", L'\u00e9', L'z', "b", L"w", L"ab", L"\u00e9xy",
+                  L"\u00e9");
+    EXPECT_STREQ(narrow, "\xC3\xA9|z|b|w|   ab|\xC3\xA9  |]");
+    CStringW wide;
+    wide.Format(L"x=%S;", "caf\xC3\xA9");
+    EXPECT_STREQ(wide, L"x=caf\u00e9;");
+    wide.Format(L"x=%S;%C%C%hc|%4.2S|%ls", "a\xFFz", 'a', '\xE9', 'b', "\xC3\xA9xy", L"w");
+    EXPECT_STREQ(wide, L"x=a\uFFFDz;a\uFFFDb|  \u00e9x|w");
+    wide.Format(L"%s|%5.1f|%-3d|%S|%%|%y", L"\u00e9", 2.25, 7, static_cast<const char*>(nullptr));
+    EXPECT_STREQ(wide, L"\u00e9|  2.2|7  |(null)|%|%y");
+  }
+  std::setlocale(LC_ALL, "C");
 }
 
 TEST(CString, GetBufferThenReleaseRecountsToFirstZero) {

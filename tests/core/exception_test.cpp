@@ -56,7 +56,8 @@ TEST(Exception, CloneThroughBaseKeepsTheDerivedType) {
   std::unique_ptr<Exception> clone(base.Clone());
   EXPECT_NE(dynamic_cast<StreamException*>(clone.get()), nullptr);
   EXPECT_STREQ(clone->Why(), "read past end");
-  EXPECT_STREQ(StreamException().Why(), "");
+  // Built empty, it still names itself.
+  EXPECT_STREQ(StreamException().Why(), "StreamException");
 }
 
 TEST(Exception, DerivedClassesAddNoData) {

@@ -2,9 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <cctype>
 #include <cfloat>
+#include <cstring>
+#include <random>
 #include <string>
 #include <vector>
+
+#include "support/child_process.h"
 
 namespace {
 
@@ -44,6 +51,118 @@ TEST(WildCardCompare, MatchesTheWholeTextByTokens) {
   }
 }
 
+// ---- The plain walk, backtracking through every occurrence of the literal after each star:
+// the reference the compare must agree with.
+
+struct PatternToken {
+  enum Kind { kEnd, kLiteral, kAnyOne, kAnyRun };
+  Kind kind;
+  char literal;
+  const char* next;  // the pattern after this token
+};
+
+bool IsEscapable(char ch) {
+  return ch == '?' || ch == '*';
+}
+
+PatternToken ReadToken(const char* pattern) {
+  switch (*pattern) {
+    case '\0':
+      return {PatternToken::kEnd, '\0', pattern};
+    case '*':
+      return {PatternToken::kAnyRun, '\0', pattern + 1};
+    case '?':
+      return {PatternToken::kAnyOne, '\0', pattern + 1};
+    case '\\':
+      if (IsEscapable(pattern[1])) return {PatternToken::kLiteral, pattern[1], pattern + 2};
+      return {PatternToken::kLiteral, '\\', pattern + 1};
+    default:
+      return {PatternToken::kLiteral, *pattern, pattern + 1};
+  }
+}
+
+bool SameCharacter(char a, char b, bool caseSensitive) {
+  if (caseSensitive) return a == b;
+  return std::toupper(static_cast<unsigned char>(a)) == std::toupper(static_cast<unsigned char>(b));
+}
+
+bool ReferenceWildCard(const char* pattern, const char* text, bool caseSensitive) {
+  for (;;) {
+    PatternToken token = ReadToken(pattern);
+    switch (token.kind) {
+      case PatternToken::kEnd:
+        return *text == '\0';
+      case PatternToken::kAnyOne:
+        if (*text == '\0') return false;
+        ++text;
+        pattern = token.next;
+        continue;
+      case PatternToken::kLiteral:
+        if (*text == '\0' || !SameCharacter(token.literal, *text, caseSensitive)) return false;
+        ++text;
+        pattern = token.next;
+        continue;
+      case PatternToken::kAnyRun:
+        break;
+    }
+    // After a `*`: swallow further stars, let each `?` take one character now, and anchor on
+    // the first literal.
+    for (;;) {
+      token = ReadToken(token.next);
+      if (token.kind == PatternToken::kAnyRun) continue;
+      if (token.kind == PatternToken::kEnd) return true;
+      if (token.kind == PatternToken::kLiteral) break;
+      if (*text == '\0') return false;
+      ++text;
+    }
+    // The rest of the pattern is handed on without an escaping backslash that directly
+    // follows the anchor, so that one `\?` or `\*` acts as a wildcard. Callers rely on it.
+    const char* rest = token.next;
+    if (rest[0] == '\\' && IsEscapable(rest[1])) ++rest;
+    for (; *text != '\0'; ++text) {
+      if (SameCharacter(token.literal, *text, caseSensitive) &&
+          ReferenceWildCard(rest, text + 1, caseSensitive)) {
+        return true;
+      }
+    }
+    return false;
+  }
+}
+
+TEST(WildCardCompare, AgreesWithTheBacktrackingWalkOnRandomPatternsAndTexts) {
+  std::mt19937 random(20261125);
+  const std::string patternLetters = "ab*?\\A", textLetters = "ab*?\\A";
+  const auto make = [&random](const std::string& letters, int maxLength) {
+    std::string made(std::uniform_int_distribution<int>(0, maxLength)(random), ' ');
+    for (char& ch : made) ch = letters[random() % letters.size()];
+    return made;
+  };
+  int matches = 0;
+  for (int round = 0; round < 200000; ++round) {
+    const std::string pattern = make(patternLetters, 9), text = make(textLetters, 10);
+    const bool caseSensitive = round % 2 == 0;
+    const bool expected = ReferenceWildCard(pattern.c_str(), text.c_str(), caseSensitive);
+    matches += expected;
+    ASSERT_EQ(ZnString::WildCardCompare(pattern.c_str(), text.c_str(), caseSensitive), expected)
+        << pattern << " ~ " << text << (caseSensitive ? "" : " (any case)");
+  }
+  EXPECT_GT(matches, 5000);  // the texts are not all misses
+}
+
+// The backtracking walk needs of the order of 2.6^n steps for n times "*a": this one alone would
+// take longer than the universe has existed. A child process with an alarm keeps a regression
+// from hanging the suite.
+TEST(WildCardCompare, ManyStarsTakeTimeInProportionToPatternTimesText) {
+  zenutl_test::ExpectPassesInChild([] {
+    ::alarm(30);
+    std::string pattern;
+    for (int i = 0; i < 60; ++i) pattern += "*a";
+    const std::string text(2000, 'a');
+    EXPECT_FALSE(ZnString::WildCardCompare((pattern + "b").c_str(), text.c_str(), true));
+    EXPECT_TRUE(ZnString::WildCardCompare(pattern.c_str(), text.c_str(), false));
+  });
+}
+
 TEST(ZnStrNumberCmp, OrdersNumbersByValueAndThenByLeadingZeros) {
   struct Row {
     const char* a;
@@ -61,6 +180,9 @@ TEST(ZnStrNumberCmp, OrdersNumbersByValueAndThenByLeadingZeros) {
               {"a123", "a124", -1},
               {"0a", "a", -1},
               {"abc", "ABC", 1},
+              // The first difference lies inside a number, which is still weighed whole.
+              {"a1000", "a105", 1},
+              {"file10_2", "file10_10", -1},
               {"99999999999999999999", "100000000000000000001", -1}};
   for (const Row& row : rows) {
     SCOPED_TRACE(std::string(row.a) + " vs " + row.b);
@@ -169,12 +291,36 @@ TEST(Lsprintf, PrintsArgumentsByTheirPositions) {
 }
 
 TEST(Lsprintf, RefusesMalformedConversionsWithAnEmptyOutput) {
-  for (const char* format : {"%d", "x %d1 y", "%y1%", "%I32d1%", "%n1%", "abc%", "%lld1%"}) {
+  for (const char* format : {"%d", "x %d1 y", "%y1%", "%I32d1%", "%n1%", "abc%", "%lld1%",
+                             // Fields that would only make the output huge (one found by fuzzing).
+                             "%77777777e%7", "%.77777777f1%", "%1025d1%", "%.1025s1%",
+                             "%99999999999999999999d1%", "%d99999999999999999999%"}) {
     SCOPED_TRACE(format);
     char out[64] = "previous";
     EXPECT_EQ(ZnString::lsprintf(out, format, 5, 6), 0);
     EXPECT_STREQ(out, "");
   }
+}
+
+TEST(Lsprintf, SizedFormNeverWritesPastItsBuffer) {
+  char out[8];
+  std::memset(out, 'z', sizeof out);
+  EXPECT_EQ(ZnString::lsnprintf(out, 8, "%s1%!", "abc"), 4);
+  EXPECT_STREQ(out, "abc!");
+  EXPECT_EQ(ZnString::lsnprintf(out, 8, "%1024d1%", 5), -1);
+  EXPECT_STREQ(out, "       ");
+  EXPECT_EQ(ZnString::lsnprintf(out, 4, "%s2%%s1%", "de", "abc"), -1);
+  EXPECT_STREQ(out, "abc");
+  EXPECT_EQ(out[4], ' ');  // untouched beyond `size`
+  EXPECT_EQ(ZnString::lsnprintf(out, 8, "%q1%", 5), 0);
+  EXPECT_STREQ(out, "");
+  out[0] = 'k';
+  EXPECT_EQ(ZnString::lsnprintf(out, 0, "%d1%", 5), -1);
+  EXPECT_EQ(out[0], 'k');
+  // The widest allowed field still prints whole where there is room.
+  char wide[1100];
+  EXPECT_EQ(ZnString::lsprintf(wide, "%-1024d1%|", 5), 1025);
+  EXPECT_EQ(ZnString::lsnprintf(wide, sizeof wide, "%.1024f1%", 0.5), 1026);
 }
 
 TEST(FormatStringVector, JoinsForASentence) {

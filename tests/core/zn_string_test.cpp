@@ -2,17 +2,28 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cfloat>
 #include <climits>
 #include <clocale>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <random>
 #include <string>
+#include <vector>
 
 #include "support/exception_matchers.h"
+#include "support/reference_strtod.h"
+#include "support/temp_dir.h"
+#include "zenutl/language_string.h"
+#include "zenutl/resource_module.h"
 
 namespace {
 
+using zenutl_test::WriteWholeFile;
 using ZnString::EParseResult;
 const EParseResult kOk = ZnString::eParseOk, kUnder = ZnString::eParseUnderflow,
                    kOver = ZnString::eParseOverflow, kBad = ZnString::eParseInvalid;
@@ -91,6 +102,63 @@ TEST(ZnString, StrtodConvertsOnlyTheFirstForeignSeparatorAndStopsAtCapitalD) {
       wchar_t* wideEnd = nullptr;
       EXPECT_DOUBLE_EQ(ZnString::znstrtod(wide.c_str(), &wideEnd), row.value);
       EXPECT_EQ(wideEnd - wide.c_str(), row.end);
+    }
+  }
+}
+
+// Numbers in every printed form, near the ends of the range too, with either separator, blanks
+// and signs, and random runs of the characters a number is made of.
+std::vector<std::string> NumberLikeTexts() {
+  std::mt19937_64 random(42);
+  std::vector<std::string> texts;
+  const char* const formats[] = {"%.17g", "%.3f", "%e", "%a", "%.0f", "%g", "%.30e"};
+  const double specials[] = {DBL_MIN, DBL_MAX, DBL_TRUE_MIN, 2 * DBL_MIN, DBL_MAX / 2, 0.0, -0.0};
+  const std::string letters = "0123456789.,eE+- xXDdinfaINFAL\t";
+  char printed[512];
+  for (int i = 0; i < 40000; ++i) {
+    double value;
+    std::uint64_t bits = random();
+    std::memcpy(&value, &bits, sizeof value);
+    if (i % 3 == 0)
+      value = std::ldexp(static_cast<double>(random() % 100000), int(random() % 40) - 20);
+    if (i % 50 == 0) value = specials[(i / 50) % 7] * (i % 100 ? 1 : 3);
+    std::snprintf(printed, sizeof printed, formats[i % 7], value);
+    std::string text = printed;
+    if (i % 4 == 1) std::replace(text.begin(), text.end(), '.', ',');
+    if (i % 5 == 2) text = "  " + text + (i % 2 ? " " : "x");
+    if (i % 7 == 3) text = "+" + text;
+    texts.push_back(text);
+    std::string noise(random() % 70, ' ');
+    for (char& ch : noise) ch = letters[random() % letters.size()];
+    texts.push_back(noise);
+  }
+  return texts;
+}
+
+TEST(ZnString, StrtodAgreesWithThePlainReadingOnManyTexts) {
+  const std::vector<std::string> texts = NumberLikeTexts();
+  for (const char* locale : {"C", "de_DE.UTF-8"}) {
+    ScopedNumericLocale scope(locale);
+    ASSERT_TRUE(scope.active()) << locale;
+    for (const std::string& text : texts) {
+      const std::wstring wide(text.begin(), text.end());
+      char *end = nullptr, *expectedEnd = nullptr;
+      wchar_t *wideEnd = nullptr, *expectedWideEnd = nullptr;
+      errno = 0;
+      const double value = ZnString::znstrtod(text.c_str(), &end);
+      const double wideValue = ZnString::znstrtod(wide.c_str(), &wideEnd);
+      const int error = errno;
+      errno = 0;
+      const double expected = zenutl_test::ReferenceStrtod(text.c_str(), &expectedEnd);
+      zenutl_test::ReferenceStrtod(wide.c_str(), &expectedWideEnd);
+      ASSERT_EQ(error, errno) << locale << " \"" << text << "\"";
+      ASSERT_TRUE(std::memcmp(&value, &expected, sizeof value) == 0 ||
+                  (value != value && expected != expected))
+          << locale << " \"" << text << "\": " << value << " vs " << expected;
+      ASSERT_TRUE(std::memcmp(&wideValue, &expected, sizeof value) == 0 ||
+                  (value != value && expected != expected));
+      ASSERT_EQ(end - text.c_str(), expectedEnd - text.c_str()) << locale << " \"" << text << "\"";
+      ASSERT_EQ(wideEnd - wide.c_str(), expectedWideEnd - wide.c_str()) << text;
     }
   }
 }
@@ -204,6 +272,49 @@ TEST(ZnString, PrintsMissingTextForMinusNinetyNineOfEveryType) {
   EXPECT_STREQ(ZnString::Format(L"%s-%d", L"w", 3), L"w-3");
 }
 
+// A catalogue text can only read what the caller passes: the arguments of the built-in English
+// text of its number. Texts are kept per number for the whole process, so these numbers are
+// fetched here and nowhere else in this program.
+TEST(ZnString, TranslatedFormatReadsOnlyWhatTheCallPasses) {
+  zenutl_test::TempDir dir;
+  WriteWholeFile(dir.File("sv.txt"),
+                 "zenutl-catalogue 1\n"
+                 "string 17057 %s%n\n"
+                 "string 17058 %s saknas\n"
+                 "string 17063 '%s' %s %s\n"
+                 "string 17064 %S\n"
+                 "string 17065 %1$s kan inte vara l\xc3\xa4ngre \xc3\xa4n %2$u tecken.\n"
+                 "string 17074 %4000s\n"
+                 "string 17075 %s \xc3\xa4r skrivskyddad.\n"
+                 "string 17076 %d\n"
+                 "string 17077 %s%\n"
+                 "string 919001 %n\n"
+                 "string 919002 %s und %d\n");
+  HINSTANCE module = ZnLoadResourceModule(dir.File("sv.txt").c_str());
+  ASSERT_NE(module, nullptr);
+  LanguageString::SetResourceInstance(module);
+  const struct {
+    CString text;
+    const char* expected;
+  } rows[] = {
+      {ZnString::Format(17057ul, "N"), "N cannot be empty."},  // %n writes through a pointer
+      {ZnString::Format(17058ul, "N", "SET"), "N saknas"},     // leaving one out is fine
+      {ZnString::Format(17063ul, "x"), "'x' is not a valid number."},
+      {ZnString::Format(17064ul, "N"), "N cannot consist of spaces only."},
+      {ZnString::Format(17065ul, "N", 8u), "N cannot be longer than 8 characters."},
+      {ZnString::Format(17074ul, "D:"), "D: is on a CD drive, which cannot be written to."},
+      {ZnString::Format(17075ul, "D:"), "D: \xc3\xa4r skrivskyddad."},
+      {ZnString::Format(17076ul, "D:"), "D: is not a folder in the file system."},
+      {ZnString::Format(17077ul, "D:"), "The drive of D: is not ready."},
+      // The application's own numbers: no English text to check against.
+      {ZnString::Format(919001ul, "x"), "%n"},
+      {ZnString::Format(919002ul, "x", 3), "x und 3"},
+  };
+  LanguageString::SetResourceInstance(nullptr);
+  ZnFreeResourceModule(module);
+  for (const auto& row : rows) EXPECT_STREQ(row.text, row.expected);
+}
+
 TEST(ZnString, FormatIndexAlwaysEndsInTh) {
   const struct {
     unsigned long n;
@@ -262,6 +373,8 @@ TEST(ZnString, SnprintfCutsTerminatesAndAnswersMinusOne) {
   EXPECT_STREQ(buffer, "untouched");
   EXPECT_EQ(ZnString::znsnprintf(buffer, sizeof buffer, "%I64d", -(1LL << 40)), 14);
   EXPECT_STREQ(buffer, "-1099511627776");
+  EXPECT_EQ(ZnString::znsnprintf(buffer, sizeof buffer, "%S!", L"\u00e9"), 3);  // "C" locale
+  EXPECT_STREQ(buffer, "\xC3\xA9!");
 }
 
 TEST(ZnString, StristrFindsTheFirstCaseInsensitiveMatch) {

@@ -125,6 +125,43 @@ TEST_F(FileStreamTest, DropsARecordWholeWhenTheDiskTakesOnlyPartOfIt) {
   }
 }
 
+// A writer killed in the middle of a record leaves its first part; the next stream to open the
+// file cuts it off when it starts as a record of the log does, and leaves anything else.
+TEST(FileStreamTornTail, OpeningCutsOffWhatAKilledWriterLeftOfARecord) {
+  const std::string whole = "[2011-05-31 14:02:07.093+02:00] [Debug]\ntext" + kSeparator;
+  const struct {
+    std::string content, kept;
+  } rows[] = {
+      {whole + "[2011-05-31 14:02:07.094+02:00] [De", whole},
+      {whole + "[2011", whole},
+      {whole + kSeparator.substr(0, 5), whole},
+      {kSeparator.substr(0, 1), ""},
+      {"Logfile was cop", ""},
+      {"Logfile was copied to x.bak", ""},
+      {"kept", "kept"},
+      {"[no separator before]", "[no separator before]"},
+      {whole + "added by hand", whole + "added by hand"},
+      {whole, whole},
+  };
+  zenutl_test::TempDir dir;
+  const std::string name = dir.File("app.log");
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.content);
+    zenutl_test::WriteWholeFile(name, row.content);
+    FileStream stream;
+    ASSERT_TRUE(stream.Open(name.c_str()));
+    EXPECT_EQ(ReadWholeFile(name).substr(0, row.kept.size() + 1), row.kept + "\n");
+  }
+  // While another stream has the file open, its last record may still be on its way.
+  FileStream writing;
+  ASSERT_TRUE(writing.Open(name.c_str()));
+  const std::string unfinished = ReadWholeFile(name) + "[2011-05-31 14:02:07.094+02:00] [De";
+  zenutl_test::WriteWholeFile(name, unfinished);
+  FileStream second;
+  ASSERT_TRUE(second.Open(name.c_str()));
+  EXPECT_EQ(ReadWholeFile(name).substr(0, unfinished.size()), unfinished);
+}
+
 TEST_F(FileStreamTest, GetBufferGivesTheTailZeroTerminatedAndWritingGoesOn) {
   const std::string content = Content();
   const unsigned int length = static_cast<unsigned int>(content.size());

@@ -57,6 +57,9 @@ TEST(UserComm, TheThreadDeletesWhatItHoldsAndTheCallerWhatItTookBack) {
   OnNewThread([&] {
     EXPECT_EQ(UserComm::SetUserComm(new TracedComm(1, &oldDeleted)), nullptr);
     UserComm* old = UserComm::GetUserComm();
+    // Setting the present channel again hands nothing out: it stays the thread's alone.
+    EXPECT_EQ(UserComm::SetUserComm(old), nullptr);
+    EXPECT_EQ(UserComm::GetUserComm(), old);
     EXPECT_EQ(UserComm::SetUserComm(work), old);
     EXPECT_EQ(UserComm::GetUserComm(), work);
     returned = UserComm::SetUserComm(old);

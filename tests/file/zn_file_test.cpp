@@ -1,7 +1,9 @@
 // ZnFile: removal and renaming with reasons, names, lists of files, and text encodings.
 #include "zenutl/zn_file.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <boost/filesystem.hpp>
 #include <cerrno>
@@ -68,6 +70,61 @@ TEST_F(ZnFileTest, RemoveAndRenameGiveTheSystemsReason) {
   EXPECT_TRUE(ZnFile::FileExists(Path("e")));
 }
 
+ssize_t FullDiskWrite(int, const void*, std::size_t) {
+  errno = ENOSPC;
+  return -1;
+}
+
+// /dev/shm is a tmpfs, a file system apart from the one of the test's folder: rename(2) alone
+// stops there with EXDEV.
+TEST_F(ZnFileTest, RenameMovesAPlainFileToAnotherFileSystemAndStillRefusesToReplace) {
+  zenutl_test::TempDir memory("/dev/shm");
+  struct stat here, there;
+  ASSERT_EQ(::stat(Dir().c_str(), &here), 0);
+  ASSERT_EQ(::stat(memory.path().c_str(), &there), 0);
+  ASSERT_NE(here.st_dev, there.st_dev);
+  const CString made(memory.File("report.txt"));
+  WriteWholeFile(memory.File("report.txt"), "content");
+  ASSERT_EQ(::chmod(made, 0640), 0);
+  const struct timespec written[2] = {{1000000000, 0}, {1234567890, 0}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, made, written, 0), 0);
+
+  CString error;
+  ASSERT_TRUE(ZnFile::Rename(made, Path("report.txt"), &error)) << error.GetString();
+  EXPECT_FALSE(fs::exists(memory.File("report.txt")));
+  EXPECT_EQ("content", ReadWholeFile(File("report.txt")));
+  struct stat moved;
+  ASSERT_EQ(::stat(File("report.txt").c_str(), &moved), 0);
+  EXPECT_EQ(moved.st_mode & 07777, 0640u);
+  EXPECT_EQ(moved.st_mtime, 1234567890);
+
+  const struct {
+    std::string from, to;
+    const char* error;
+  } refused[] = {
+      {File("report.txt"), memory.File("taken"), "File exists"},
+      {File("folder"), memory.File("folder"), "Invalid cross-device link"},
+  };
+  WriteWholeFile(memory.File("taken"), "other");
+  fs::create_directory(File("folder"));
+  for (const auto& row : refused) {
+    SCOPED_TRACE(row.from);
+    EXPECT_FALSE(ZnFile::Rename(CString(row.from), CString(row.to), &error));
+    EXPECT_EQ(CString(row.error), error);
+  }
+  // A copy the disk cannot take leaves nothing behind and the original in place.
+  zenutl::platform::FileCalls calls = zenutl::platform::SystemFileCalls();
+  calls.write = &FullDiskWrite;
+  {
+    zenutl::platform::ScopedFileCalls full(calls);
+    EXPECT_FALSE(ZnFile::Rename(Path("report.txt"), CString(memory.File("new")), &error));
+  }
+  EXPECT_EQ(CString("No space left on device"), error);
+  EXPECT_FALSE(fs::exists(memory.File("new")));
+  EXPECT_EQ("content", ReadWholeFile(File("report.txt")));
+  EXPECT_EQ("other", ReadWholeFile(memory.File("taken")));
+}
+
 TEST(ZnFileNames, IsValidFileNameRefusesExactlyTheNineReservedCharacters) {
   const std::string reserved = "*\\/?<>:\"|";
   for (int code = 1; code < 256; ++code) {
@@ -129,11 +186,14 @@ TEST_F(ZnFileTest, ReadsListsBackIntoFullPaths) {
   ZnFile::GetFileNames((folder + '\0' + "a.txt" + '\0' + "b.txt" + '\0' + '\0').c_str(), out);
   ZnFile::GetFileNames((File("gone") + '\0' + "a.txt" + '\0' + '\0').c_str(), out);
   ZnFile::GetFileNames("C:/d|a.txt|sub/b.txt", out, '|');
+  ZnFile::GetFileNames("C:\\d|c.txt", out, '|');
   ZnFile::GetFileNames("C:\\d\\only.txt", out, '|');
   const std::vector<CString> expected = {
       CString(folder + "\\a.txt"), CString(folder + "\\b.txt"),  // both slashes kept
       CString(File("gone")),                                     // no folder there: one path
-      CString("C:\\d\\a.txt"),     CString("C:\\d\\sub\\b.txt"), CString("C:\\d\\only.txt")};
+      // Joined by the path operator: the native form, with this system's separator.
+      CString("C:/d/a.txt"), CString("C:/d/sub/b.txt"), CString("C:/d/c.txt"),
+      CString("C:\\d\\only.txt")};
   EXPECT_EQ(expected, out);
 }
 

@@ -167,6 +167,31 @@ TEST_F(Profile, ReadsUtf16FilesAndKeepsThemUtf16) {
   EXPECT_EQ(errno, EILSEQ);
 }
 
+TEST_F(Profile, AKeyOnALastLineEndingInACarriageReturnKeepsItsValueWhenALineFollows) {
+  // Found by fuzzing the engine: the appended line's "\n" used to make the "\r" a line ending.
+  WriteWholeFile(path(), "[s]\nk = v\r");
+  const std::string before = Read("s", "k");
+  ASSERT_EQ(Write("s", "new", "n"), 1);
+  // What another program reads of the file, not this process's copy of what it wrote.
+  const std::string copy = File("copy.ini");
+  WriteWholeFile(copy, ReadWholeFile(path()));
+  char value[16];
+  const DWORD n = GetPrivateProfileStringA("s", "k", "?", value, sizeof value, copy.c_str());
+  EXPECT_EQ(std::string(value, n), before);
+  EXPECT_EQ(Read("s", "new"), "n");
+}
+
+TEST_F(Profile, RefusesAnEditThatWouldLeaveTheFileLookingLikeUtf16) {
+  // Found by fuzzing: removing the first section moved a stray line starting with the bytes
+  // FF FE to the top, and the next read took the whole file for UTF-16.
+  const std::string text = "[a]\nk=v\n\xFF\xFEstray\n[b]\nk=v\n";
+  WriteWholeFile(path(), text);
+  EXPECT_EQ(Write("a", nullptr, nullptr), 0);
+  EXPECT_EQ(errno, EILSEQ);
+  EXPECT_EQ(ReadWholeFile(path()), text);
+  EXPECT_EQ(Read("b", "k"), "v");
+}
+
 TEST_F(Profile, FillsBuffersWithTheWindowsTruncationRules) {
   WriteWholeFile(path(), "[s]\nvalue=abcdef\nalpha=1\nbeta=2\n[t]\n");
   const struct {

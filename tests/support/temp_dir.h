@@ -6,16 +6,18 @@
 
 #include <boost/filesystem.hpp>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 
 namespace zenutl_test {
 
 class TempDir {
  public:
-  TempDir() {
-    path_ = boost::filesystem::temp_directory_path() /
-            boost::filesystem::unique_path("zenutl-test-%%%%-%%%%-%%%%");
+  // In the system's temporary folder, or in `parent` (e.g. "/dev/shm", a file system of its
+  // own).
+  explicit TempDir(
+      const boost::filesystem::path& parent = boost::filesystem::temp_directory_path()) {
+    path_ = parent / boost::filesystem::unique_path("zenutl-test-%%%%-%%%%-%%%%");
     boost::filesystem::create_directories(path_);
   }
   ~TempDir() {
@@ -45,7 +47,9 @@ class TempDirTest : public ::testing::Test {
 
 inline std::string ReadWholeFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  std::ostringstream content;
+  content << in.rdbuf();
+  return content.str();
 }
 
 inline void WriteWholeFile(const std::string& path, const std::string& content) {

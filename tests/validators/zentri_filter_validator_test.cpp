@@ -9,8 +9,11 @@
 #include <string>
 #include <vector>
 
+#include "support/temp_dir.h"
 #include "zenutl/host_dialogs.h"
+#include "zenutl/language_string.h"
 #include "zenutl/locales.h"
+#include "zenutl/resource_module.h"
 
 namespace {
 
@@ -115,6 +118,40 @@ TEST(FloatValidator, CutsTheMessageOfAVeryLongTextToItsBuffer) {
   const std::string message = validator.GetErrorMessage();
   EXPECT_EQ(999u, message.size());
   EXPECT_EQ("'x999", message.substr(0, 5));
+}
+
+// A catalogue that anyone can edit supplies the message formats: one that would read more than
+// the validator passes, or write through %n, gives way to the English text. Texts are kept per
+// number for the whole process once fetched, so this needs a process of its own, as CTest gives
+// every test.
+TEST(Validators, TranslatedMessagesReadOnlyWhatTheValidatorPasses) {
+  zenutl_test::TempDir dir;
+  zenutl_test::WriteWholeFile(dir.File("x.txt"),
+                              "zenutl-catalogue 1\n"
+                              "string 17057 %s%n\n"
+                              "string 17058 %s %s %s %s\n"
+                              "string 17065 %s max %u.\n");
+  HINSTANCE module = ZnLoadResourceModule(dir.File("x.txt").c_str());
+  ASSERT_NE(module, nullptr);
+  LanguageString::SetResourceInstance(module);
+  DatasetNameValidator validator;
+  const std::string name = LanguageString::Get(17070);
+  const bool empty = validator.IsValid("");
+  const std::string emptyMessage = validator.GetErrorMessage();
+  const bool illegal = validator.IsValid("a?");
+  const std::string illegalMessage = validator.GetErrorMessage();
+  const bool tooLong = validator.IsValid("abcdefghij");
+  const std::string tooLongMessage = validator.GetErrorMessage();
+  LanguageString::SetResourceInstance(nullptr);
+  ZnFreeResourceModule(module);
+
+  EXPECT_FALSE(empty);
+  EXPECT_EQ(name + " cannot be empty.", emptyMessage);
+  EXPECT_FALSE(illegal);
+  EXPECT_EQ(name + " cannot contain any of these characters: " + validator.GetIllegalChars(),
+            illegalMessage);
+  EXPECT_FALSE(tooLong);
+  EXPECT_EQ(name + " max 8.", tooLongMessage);
 }
 
 TEST(Validators, ErrorShowsTheMessageInAnErrorBoxOfTheHost) {
