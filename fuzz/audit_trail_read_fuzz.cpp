@@ -3,7 +3,8 @@
 // Invariants beyond "no crash": bytes are either refused with Exception or become the trail; a
 // trail that was read saves, reads back and saves to the same text and the same verdict of
 // VerifySignature; a session recorded on top of it verifies after a save and a read, leaving the
-// verdict on the older sessions as it was.
+// verdict on the older sessions as it was. The read-only check agrees with VerifySignature, and
+// each of its findings names, in order, a child of the root that the session records list.
 #include <xercesc/util/PlatformUtils.hpp>
 
 #include <cstddef>
@@ -11,6 +12,7 @@
 #include <cstdlib>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "zenutl/audit_trail.h"
 #include "zenutl/exception.h"
@@ -40,6 +42,23 @@ std::string Verdict(AuditTrail& trail) {
   return trail.VerifySignature(&message) ? std::string() : std::string(message.GetString());
 }
 
+// The read-only check against the records: findings oldest first, each on a listed child, and
+// "not a session" only where the records see no session.
+void CheckFindings(const AuditTrail& trail) {
+  const std::vector<AuditTrailSessionRecord> records = trail.GetSessionRecords();
+  if (static_cast<int>(records.size()) != trail.CountSessions()) std::abort();
+  int previous = -1;
+  for (const AuditTrailFinding& finding : trail.FindUnverifiedSessions()) {
+    if (finding.index <= previous || finding.index >= static_cast<int>(records.size())) {
+      std::abort();
+    }
+    if (finding.kind == AuditTrailFinding::eNotASession && records[finding.index].isSession) {
+      std::abort();
+    }
+    previous = finding.index;
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -51,7 +70,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   AuditTrail trail;
   if (!Read(trail, std::string(reinterpret_cast<const char*>(data), size))) return 0;
   const std::string saved = Saved(trail);
+  CheckFindings(trail);
+  const bool clean = trail.FindUnverifiedSessions().empty();
   const std::string verdict = Verdict(trail);
+  if (verdict.empty() != clean) std::abort();
 
   AuditTrail reread;
   if (!Read(reread, saved) || Saved(reread) != saved || Verdict(reread) != verdict) std::abort();

@@ -1,7 +1,8 @@
 // The stream directory reader on arbitrary bytes: any size code, count, offsets and end.
 //
 // Invariants beyond "no crash": only StreamException escapes; a stream that is found starts
-// inside the container (at or behind the base, at or before the end); the reader's destructor
+// inside the container (at or behind the base, at or before the end), and so does the extent
+// the directory tells for it, which also ends within the container; the reader's destructor
 // never throws.
 #include <cstddef>
 #include <cstdint>
@@ -19,6 +20,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   try {
     StreamDirectoryReader directory(reader);
     const long long base = reader.Tell();
+    for (unsigned int index = 0; index < directory.GetStreamCount(); ++index) {
+      try {
+        StreamDirectoryReader::Extent extent{};
+        if (!directory.GetStreamExtent(index, extent)) continue;
+        const unsigned long long end = static_cast<unsigned long long>(directory.GetEndPosition());
+        if (extent.position < base ||
+            static_cast<unsigned long long>(extent.position) + extent.size > end) {
+          std::abort();
+        }
+      } catch (const StreamException&) {
+      }
+    }
     for (unsigned int index = 0; index < 256; ++index) {
       try {
         StreamReaderProxy proxy(directory, index);

@@ -14,6 +14,7 @@ packages=(
   locales tzdata
   clang libclang-rt-14-dev
   libssl-dev  # the audit trail's seal (libcrypto), and the oracle of the digest tests
+  chromium  # the trail viewer's test renders a saved trail in a real browser
 )
 if [[ "${1:-}" == "--bench" ]]; then
   packages+=(libspdlog-dev nlohmann-json3-dev rapidjson-dev)

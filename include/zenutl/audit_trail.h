@@ -41,7 +41,9 @@
 #include <boost/signals2/signal.hpp>
 #include <functional>
 #include <iosfwd>
+#include <vector>
 
+#include "zenutl/audit_trail_records.h"
 #include "zenutl/audit_trail_settings.h"
 #include "zenutl/cstring.h"
 
@@ -129,7 +131,14 @@ class AuditTrail {
   bool SetSeal(const char* keyFile, const char* anchorFile);
 
   // True when every closed session still matches its "CheckSum"; otherwise records the finding
-  // as an event, stores it in `message` (may be null) and returns false.
+  // as an event, stores it in `message` (may be null) and returns false. True at once, without
+  // looking, when the log level is below 1.
+  //
+  // The check runs from the newest closed session back to the oldest. Every child of the root
+  // but the open session counts as a session: one that does not end in "CheckSum" fails, and
+  // so does one whose stored text differs from the computed one. A "CheckSum" without text is
+  // compared as if it held the text read for the session checked just before (the next newer
+  // one), or "" if it is the first; this is how trails have always been checked.
   //
   // With a seal, it also checks the chain of seals and, with an anchor file, that the trail
   // reaches the seal the anchor records. Each finding is one of: a bad MAC (the session changed,
@@ -142,6 +151,19 @@ class AuditTrail {
   // from before the trail had a key are not findings, and a trail without seals verifies as
   // it always did.
   bool VerifySignature(CString* message);
+  // The same check, without recording anything and whatever the log level: the sessions that
+  // VerifySignature counts, oldest first. Empty when all of them verify. For programs that
+  // check a trail on behalf of an auditor and must leave it exactly as it was. With a seal, the
+  // seal's findings follow, oldest first, the one about the whole trail (index -1) last; a
+  // session may then have one finding of each. Only the anchor file is read, never written.
+  std::vector<AuditTrailFinding> FindUnverifiedSessions() const;
+  // Every child of the root, oldest first, with its events: the trail as a person reads it.
+  std::vector<AuditTrailSessionRecord> GetSessionRecords() const;
+  // The number of children of the root, the open session included.
+  int CountSessions() const;
+  // Whether the document's root is "AuditTrail" (in any ASCII case): false for well-formed XML
+  // that is some other kind of document.
+  bool HasAuditTrailRoot() const;
   void BeginSessionAndVerifySignature();
   void EndSessionAndSave();
 
@@ -181,9 +203,9 @@ class AuditTrail {
 
  private:
   void ResetDocument();
-  // The seal's part of VerifySignature: records the findings and adds their summary to
-  // `message`; true when there are none or the trail has no seal.
-  bool VerifySeals(CString& message);
+  // The seal's part of VerifySignature: records the seal's findings among `findings` as one
+  // event and adds its summary to `message`; true when there are none.
+  bool RecordSealFindings(const std::vector<AuditTrailFinding>& findings, CString& message);
   // After a save: the end of the chain of seals to the anchor file, if there is one.
   void SaveSealAnchor();
   // A new document with a new session and the event "Audit Trail cleared.".

@@ -35,12 +35,33 @@ class StreamDirectoryReader : public StreamHelperDirectory {
   // The same, but null for an absent stream.
   StreamReader* GetStream(unsigned int index, const std::nothrow_t&);
 
+  // Where a stream lies in the reader's stream: the position of its first byte and the number of
+  // bytes up to the start of the next stream in the payload, or up to the container's end.
+  struct Extent {
+    long long position;
+    unsigned long long size;
+  };
+  // The number of stream numbers the writer declared, absent ones included.
+  unsigned int GetStreamCount() const;
+  // Fills `extent` for stream `index` and answers true, or answers false for an absent stream;
+  // the reader doesn't move. The container records only where each stream begins, so two
+  // streams that begin at the same place (one of them is empty) both reach to the next start.
+  // Throws "Invalid stream." for damage, as GetStream does, and "Seek failed." for a position
+  // beyond 2^63.
+  bool GetStreamExtent(unsigned int index, Extent& extent) const;
+  // The position just behind the container, where the reader stands once the directory is gone.
+  // Throws "Seek failed." for a position beyond 2^63.
+  long long GetEndPosition() const;
+
  private:
   typedef unsigned long long (*OffsetReader)(StreamReader& reader);
 
   // Moves the reader to the entry `offset` (relative to the base, plus 1) unless it stands
   // there already. An entry too large for any position fails as the seek would.
   void MoveTo(unsigned long long offset) const;
+  // The position of the entry `offset` in the reader's stream; throws "Seek failed." when it
+  // lies beyond 2^63.
+  long long PositionOf(unsigned long long offset) const;
 
   StreamReader& mReader;
   long long mHeaderPosition;

@@ -19,7 +19,10 @@
 
 #include "zenutl/cstring.h"
 
-// Writes `node` and its subtree to `stream`.
+// Writes `node` and its subtree to `stream`. A document read in an encoding that the parser
+// would not read back as the serialiser writes it (UTF-7, and others only the system's
+// converters know) is written in UTF-8 instead, its declaration saying so: what the library
+// writes, it can read. A null node answers false.
 bool WriteXMLFile(std::ostream& stream, xercesc::DOMNode const* node, bool prettyPrint);
 // Appends `node` and its subtree to `text`, always in UTF-8 like every narrow text of the
 // library: a document read from UTF-16 is given as UTF-8 text, its declaration saying so.

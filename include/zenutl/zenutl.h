@@ -3,6 +3,7 @@
 #define ZENUTL_ZENUTL_H_
 
 #include "zenutl/audit_trail.h"
+#include "zenutl/audit_trail_records.h"
 #include "zenutl/audit_trail_settings.h"
 #include "zenutl/audit_trail_wrapper.h"
 #include "zenutl/base64.h"

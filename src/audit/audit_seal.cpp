@@ -132,20 +132,21 @@ class ChainCheck {
   void Session(const DOMNode* session, int index) {
     const DOMElement* checkSum = SealOf(session);
     if (!checkSum) {
-      if (mSealedSeen) Add(SealFindingKind::kUnsealed, index, "");
+      if (mSealedSeen) Add(AuditTrailFinding::eSealUnsealed, session, index, "");
       return;
     }
     const std::string mac = Narrow(checkSum->getAttribute(kMac));
     std::uint64_t sequence = 0;
     if (!ParseSequence(Narrow(checkSum->getAttribute(kSequence)), sequence) || !IsMacText(mac)) {
-      Add(SealFindingKind::kBadMac, index, "the seal is malformed");
+      Add(AuditTrailFinding::eSealBadMac, session, index, "the seal is malformed");
       sequence = mLastSequence + 1;
     } else if (Narrow(checkSum->getAttribute(kAlgorithm)) != kAlgorithmName) {
-      Add(SealFindingKind::kBadMac, index, "not sealed with " + CString(kAlgorithmName));
+      Add(AuditTrailFinding::eSealBadMac, session, index,
+          "not sealed with " + CString(kAlgorithmName));
     } else if (Narrow(checkSum->getAttribute(kKeyId)) != mSeal.key.Id()) {
-      Add(SealFindingKind::kBadMac, index, "sealed with another key");
+      Add(AuditTrailFinding::eSealBadMac, session, index, "sealed with another key");
     } else if (sequence != mLastSequence + 1) {
-      Add(SealFindingKind::kGap, index,
+      Add(AuditTrailFinding::eSealGap, session, index,
           Format("expected seal %llu, found %llu", mLastSequence + 1, sequence));
     } else {
       CheckMac(session, sequence, mac, index);
@@ -177,8 +178,9 @@ class ChainCheck {
   }
 
   bool SealedSeen() const { return mSealedSeen; }
-  void Add(SealFindingKind kind, int index, const CString& detail) {
-    mFindings.push_back({kind, index, detail});
+  void Add(AuditTrailFinding::EKind kind, const DOMNode* session, int index,
+           const CString& detail) {
+    mFindings.push_back({kind, index, session, detail});
   }
   std::vector<SealFinding>& Findings() { return mFindings; }
 
@@ -189,9 +191,9 @@ class ChainCheck {
     std::string computed;
     const char* refusal = nullptr;
     if (!mSeal.key.SessionMac(previous, sequence, session, computed, refusal)) {
-      Add(SealFindingKind::kBadMac, index, refusal);
+      Add(AuditTrailFinding::eSealBadMac, session, index, refusal);
     } else if (computed != stored) {
-      Add(SealFindingKind::kBadMac, index, "the seal does not match the session");
+      Add(AuditTrailFinding::eSealBadMac, session, index, "the seal does not match the session");
     }
   }
 
@@ -263,12 +265,13 @@ std::vector<SealFinding> CheckSeals(const AuditTrailSeal& seal, const DOMElement
   const bool wasSealed = check.SealedSeen() || root->hasAttribute(kTrailId);
   if (anchorRead) {
     const CString mismatch = check.AnchorMismatch();
-    if (!mismatch.IsEmpty()) check.Add(SealFindingKind::kTruncated, -1, mismatch);
+    if (!mismatch.IsEmpty()) check.Add(AuditTrailFinding::eSealTruncated, nullptr, -1, mismatch);
   } else if (hasAnchorFile && (wasSealed || !anchorMissing)) {
-    check.Add(SealFindingKind::kTruncated, -1,
+    check.Add(AuditTrailFinding::eSealTruncated, nullptr, -1,
               CString("the anchor file cannot be read: ") + anchorError.c_str());
   } else if (!check.SealedSeen() && wasSealed) {
-    check.Add(SealFindingKind::kTruncated, -1, "the trail was sealed, yet holds no sealed session");
+    check.Add(AuditTrailFinding::eSealTruncated, nullptr, -1,
+              "the trail was sealed, yet holds no sealed session");
   }
   return std::move(check.Findings());
 }
@@ -294,21 +297,22 @@ bool WriteSealAnchor(const AuditTrailSeal& seal, const DOMElement* root, std::st
                                        AnchorText(anchor), &error);
 }
 
-const char* SealFindingKindName(SealFindingKind kind) {
+const char* SealFindingKindName(AuditTrailFinding::EKind kind) {
   switch (kind) {
-    case SealFindingKind::kBadMac:
+    case AuditTrailFinding::eSealBadMac:
       return "bad MAC";
-    case SealFindingKind::kGap:
+    case AuditTrailFinding::eSealGap:
       return "gap in the sequence";
-    case SealFindingKind::kTruncated:
+    case AuditTrailFinding::eSealTruncated:
       return "truncated against the anchor";
-    case SealFindingKind::kUnsealed:
+    case AuditTrailFinding::eSealUnsealed:
       return "unsealed session after sealed ones";
+    default:
+      return "";
   }
-  return "";
 }
 
-CString SealFindingText(const SealFinding& finding) {
+CString SealFindingText(const AuditTrailFinding& finding) {
   CString text;
   const char* kind = SealFindingKindName(finding.kind);
   if (finding.index >= 0) {

@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "audit/session_mac.h"
+#include "zenutl/audit_trail_records.h"
 #include "zenutl/cstring.h"
 
 // What AuditTrail::SetSeal gave a trail: the key, and the anchor file ("" for none).
@@ -38,17 +39,12 @@ struct AuditTrailSeal {
 namespace zenutl {
 namespace audit {
 
-enum class SealFindingKind {
-  kBadMac,     // the seal doesn't match the session, or cannot be checked with this key
-  kGap,        // the sequence number is not the one after the previous sealed session's
-  kTruncated,  // the trail doesn't reach the seal its anchor records, or belongs to no anchor
-  kUnsealed,   // a session without a seal after sealed ones
-};
-
+// What CheckSeals found; AuditTrail::FindUnverifiedSessions makes an AuditTrailFinding of it.
 struct SealFinding {
-  SealFindingKind kind;
-  int index;       // the session's position under the root, oldest 0; -1 for the whole trail
-  CString detail;  // what was found: "expected seal 3, found 5"
+  AuditTrailFinding::EKind kind;    // one of the seal's kinds
+  int index;                        // the session's position under the root; -1: the whole trail
+  const xercesc::DOMNode* session;  // null for the whole trail
+  CString detail;                   // "expected seal 3, found 5"
 };
 
 // Seals `session`, a closed session whose "CheckSum" is in place, as the next in the chain of
@@ -69,13 +65,13 @@ std::vector<SealFinding> CheckSeals(const AuditTrailSeal& seal, const xercesc::D
 bool WriteSealAnchor(const AuditTrailSeal& seal, const xercesc::DOMElement* root,
                      std::string& error);
 
-// The name of a kind as reports give it: "bad MAC", "gap in the sequence", "truncated against
-// the anchor", "unsealed session after sealed ones".
-const char* SealFindingKindName(SealFindingKind kind);
+// The name of a seal's kind as reports give it: "bad MAC", "gap in the sequence", "truncated
+// against the anchor", "unsealed session after sealed ones".
+const char* SealFindingKindName(AuditTrailFinding::EKind kind);
 
-// One line about a finding: "Session 4: gap in the sequence (expected seal 3, found 5)." with
-// the session counted from 1, or for the whole trail "Truncated against the anchor (...).".
-CString SealFindingText(const SealFinding& finding);
+// One line about a seal's finding: "Session 4: gap in the sequence (expected seal 3, found 5)."
+// with the session counted from 1, or for the whole trail "Truncated against the anchor (...).".
+CString SealFindingText(const AuditTrailFinding& finding);
 
 }  // namespace audit
 }  // namespace zenutl

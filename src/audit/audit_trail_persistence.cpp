@@ -26,7 +26,6 @@
 #include "zenutl/istream_input_source.h"
 #include "zenutl/log.h"
 #include "zenutl/path_functions.h"
-#include "zenutl/rolling_checksum.h"
 #include "zenutl/user_comm.h"
 #include "zenutl/write_xml_file.h"
 #include "zenutl/zn_stream_source.h"
@@ -43,13 +42,6 @@ const char kLoadFailureFormat[] =
     "An error occurred while loading the Audit Trail. To prevent further problems, the Audit "
     "Trail will be cleared.\n\nDetails: %s";
 const char kCopyContentFailed[] = "AuditTrail::CopyContent failed.";
-
-// The stored checksum text: each 16-bit unit narrowed to its low byte.
-CString NarrowToLowBytes(const XMLCh* text) {
-  CString narrow;
-  for (; text && *text; ++text) narrow += static_cast<char>(*text & 0xFF);
-  return narrow;
-}
 
 // A DOM exception's message was always passed on as wide text to a narrow format, so only its
 // first character ever showed; the trail's error texts keep that form.
@@ -159,30 +151,17 @@ bool SetAsideUnreadableTrail(ZnStreamSource* source, const CString& name) {
 
 bool AuditTrail::VerifySignature(CString* message) {
   if (mSettings.GetLogLevel() < 1) return true;
-  // Newest closed session first, stepping back through the siblings: a DOM child list finds its
-  // n-th item by walking from the first child, so indexing it would make the check quadratic in the
-  // number of sessions. The open session, when there is one, is the root's last child.
-  const DOMElement* root = mDocument->GetRoot();
-  const DOMNode* newestClosed = root ? root->getLastChild() : nullptr;
-  if (newestClosed && mDocument->session) newestClosed = newestClosed->getPreviousSibling();
+  const std::vector<AuditTrailFinding> findings = FindUnverifiedSessions();
   int mismatches = 0;
-  CString stored;
-  for (const DOMNode* session = newestClosed; session; session = session->getPreviousSibling()) {
-    const CString computed = RollingChecksum::ComputeSignature(session);
-    const DOMNode* last = session->getLastChild();
-    if (!IsElementNamed(last, "CheckSum")) {
-      ++mismatches;
-      continue;
-    }
-    if (last->hasChildNodes()) stored = NarrowToLowBytes(last->getFirstChild()->getNodeValue());
-    if (stored != computed) ++mismatches;
+  for (const AuditTrailFinding& finding : findings) {
+    if (!finding.IsSealFinding()) ++mismatches;
   }
   CString text;
   if (mismatches > 0) {
     text.Format(kMismatchFormat, mismatches);
     AddEvent(text, nullptr, nullptr);
   }
-  if (VerifySeals(text) && mismatches == 0) return true;
+  if (RecordSealFindings(findings, text) && mismatches == 0) return true;
   if (message) *message = text;
   return false;
 }

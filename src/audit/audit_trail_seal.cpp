@@ -58,19 +58,20 @@ bool AuditTrail::SetSeal(const char* keyFile, const char* anchorFile) {
   return true;
 }
 
-bool AuditTrail::VerifySeals(CString& message) {
-  if (!mSeal) return true;
-  const std::vector<SealFinding> findings =
-      CheckSeals(*mSeal, mDocument->GetRoot(), mDocument->session);
-  if (findings.empty()) return true;
-  CString summary;
-  summary.Format("The seal of the Audit Trail could not be verified (%d finding%s).",
-                 static_cast<int>(findings.size()), findings.size() == 1 ? "" : "s");
+bool AuditTrail::RecordSealFindings(const std::vector<AuditTrailFinding>& findings,
+                                    CString& message) {
+  int count = 0;
   CString details;
-  for (const SealFinding& finding : findings) {
+  for (const AuditTrailFinding& finding : findings) {
+    if (!finding.IsSealFinding()) continue;
+    ++count;
     if (!details.IsEmpty()) details += "\n";
     details += SealFindingText(finding);
   }
+  if (count == 0) return true;
+  CString summary;
+  summary.Format("The seal of the Audit Trail could not be verified (%d finding%s).", count,
+                 count == 1 ? "" : "s");
   AddEvent(summary, details, nullptr);
   if (!message.IsEmpty()) message += "\n";
   message += summary;

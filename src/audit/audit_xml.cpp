@@ -11,6 +11,12 @@ CString ToCString(const XMLCh* text) {
   return CString(config::Utf8FromXml(text));
 }
 
+CString NarrowToLowBytes(const XMLCh* text) {
+  CString narrow;
+  for (; text && *text; ++text) narrow += static_cast<char>(*text & 0xFF);
+  return narrow;
+}
+
 bool NameEqualsNoCase(const XMLCh* name, const char* ascii) {
   if (!name || !ascii) return false;
   for (; *name && *ascii; ++name, ++ascii) {

@@ -26,6 +26,9 @@ class XmlText {
 // DOM text as a library text (UTF-8); null gives "".
 CString ToCString(const XMLCh* text);
 
+// The stored form of a checksum text: each 16-bit unit narrowed to its low byte.
+CString NarrowToLowBytes(const XMLCh* text);
+
 // Whether a DOM name equals an ASCII name, ignoring ASCII case.
 bool NameEqualsNoCase(const XMLCh* name, const char* ascii);
 

@@ -1,5 +1,6 @@
 // Serialisation of DOM nodes into streams and strings, and the optional print filter.
 #include <xercesc/dom/DOMConfiguration.hpp>
+#include <xercesc/dom/DOMDocument.hpp>
 #include <xercesc/dom/DOMException.hpp>
 #include <xercesc/dom/DOMImplementation.hpp>
 #include <xercesc/dom/DOMImplementationLS.hpp>
@@ -10,9 +11,13 @@
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
+#include <strings.h>
+
 #include <cstring>
 #include <memory>
+#include <string>
 
+#include "config/xml_text.h"
 #include "zenutl/cstring_format_target.h"
 #include "zenutl/dom_print_filter.h"
 #include "zenutl/dom_serializer_format_target.h"
@@ -88,14 +93,47 @@ bool Serialise(xercesc::XMLFormatTarget* target, const DOMNode* node, bool prett
   return written;
 }
 
+// Whether text written in `encoding` reads back through the parser. Xerces reads the encodings
+// it implements itself exactly as it writes them; through the system's converters some (UTF-7
+// among them) are read one way and written another, so a document read in one of those and
+// saved in it again could never be read back.
+bool ReadsBackAsWritten(const XMLCh* encoding) {
+  static const char* const kOwnEncodings[] = {
+      "UTF-8",    "UTF8",     "UTF-16",          "UTF-16LE",        "UTF-16BE",    "UTF-32",
+      "UTF-32LE", "UTF-32BE", "US-ASCII",        "ASCII",           "ISO-8859-1",  "ISO8859-1",
+      "LATIN1",   "LATIN-1",  "ISO-10646-UCS-2", "ISO-10646-UCS-4", "WINDOWS-1252"};
+  const std::string name = zenutl::config::Utf8FromXml(encoding);
+  for (const char* own : kOwnEncodings) {
+    if (strcasecmp(name.c_str(), own) == 0) return true;
+  }
+  return false;
+}
+
+// The encoding to write `node` in: the document's own where it reads back as written, else
+// UTF-8. Null leaves the choice to the serialiser (the document's own, else UTF-8).
+const XMLCh* OutputEncoding(const DOMNode* node) {
+  const xercesc::DOMDocument* document = node->getNodeType() == DOMNode::DOCUMENT_NODE
+                                             ? static_cast<const xercesc::DOMDocument*>(node)
+                                             : node->getOwnerDocument();
+  if (document == nullptr) return kEncoding;
+  for (const XMLCh* declared : {document->getInputEncoding(), document->getXmlEncoding()}) {
+    if (declared != nullptr && *declared != 0 && !ReadsBackAsWritten(declared)) {
+      return kTextEncoding;
+    }
+  }
+  return kEncoding;
+}
+
 }  // namespace
 
 bool WriteXMLFile(std::ostream& stream, DOMNode const* node, bool prettyPrint) {
+  if (node == nullptr) return false;
   std::unique_ptr<DOMSerializerFormatTarget> target(new DOMSerializerFormatTarget(stream));
-  return Serialise(target.get(), node, prettyPrint);
+  return Serialise(target.get(), node, prettyPrint, OutputEncoding(node));
 }
 
 bool WriteXMLFile(CString& text, DOMNode const* node, bool prettyPrint) {
+  if (node == nullptr) return false;
   std::unique_ptr<CStringFormatTarget> target(new CStringFormatTarget(text));
   return Serialise(target.get(), node, prettyPrint, kTextEncoding);
 }

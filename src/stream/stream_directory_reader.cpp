@@ -66,11 +66,37 @@ StreamReader* StreamDirectoryReader::GetStream(unsigned int index, const std::no
   return &mReader;
 }
 
+unsigned int StreamDirectoryReader::GetStreamCount() const {
+  return static_cast<unsigned int>(mStreamOffsets.size());
+}
+
+bool StreamDirectoryReader::GetStreamExtent(unsigned int index, Extent& extent) const {
+  if (index >= mStreamOffsets.size() || mStreamOffsets[index] == 0) return false;
+  const unsigned long long start = mStreamOffsets[index];
+  const unsigned long long end = static_cast<unsigned long long>(mEndOffset);
+  if (start > end) throw StreamException("Invalid stream.");
+  unsigned long long next = end;
+  for (unsigned long long offset : mStreamOffsets) {
+    if (offset > start && offset < next) next = offset;
+  }
+  extent.position = PositionOf(start);
+  extent.size = next - start;
+  return true;
+}
+
+long long StreamDirectoryReader::GetEndPosition() const {
+  return PositionOf(static_cast<unsigned long long>(mEndOffset));
+}
+
 void StreamDirectoryReader::MoveTo(unsigned long long offset) const {
+  const long long position = PositionOf(offset);
+  if (mReader.Tell() != position) mReader.Seek(position);
+}
+
+long long StreamDirectoryReader::PositionOf(unsigned long long offset) const {
   const unsigned long long base = static_cast<unsigned long long>(mBasePosition);
   if (offset - 1 > static_cast<unsigned long long>(INT64_MAX) - base) {
     throw StreamException("Seek failed.");
   }
-  const long long position = static_cast<long long>(base + (offset - 1));
-  if (mReader.Tell() != position) mReader.Seek(position);
+  return static_cast<long long>(base + (offset - 1));
 }

@@ -22,8 +22,10 @@
 #include "support/temp_dir.h"
 #include "support/unprivileged_user.h"
 #include "zenutl/audit_trail.h"
+#include "zenutl/audit_trail_wrapper.h"
 #include "zenutl/exception.h"
 #include "zenutl/log.h"
+#include "zenutl/system_info.h"
 #include "zenutl/xml_input_limit.h"
 #include "zenutl/zn_folder_stream_source.h"
 
@@ -244,6 +246,81 @@ TEST_F(AuditTrailPersistence, SessionWithoutCheckSumIsAMismatch) {
   CString message;
   EXPECT_FALSE(VerifyFile(path, &message));
   EXPECT_NE(message.Find("for 1 of"), -1);
+}
+
+// The read-only check names each failing session, oldest first, with the reason; it leaves the
+// document as it was and does not look at the log level.
+TEST_F(AuditTrailPersistence, UnverifiedSessionsAreListedWithoutChangingTheTrail) {
+  const std::string path = RecordTrail(3);
+  std::string text = ReadWholeFile(path);
+  std::smatch sealed;
+  ASSERT_TRUE(std::regex_search(text, sealed, std::regex(">([0-9a-f]+)</CheckSum>")));
+  text = std::regex_replace(text, std::regex("opened sample 1"), "opened sample 7");
+  text = std::regex_replace(text, std::regex("<CheckSum [^>]*>[0-9a-f]+</CheckSum></Session></"),
+                            "</Session></");
+  text.insert(text.find("</AuditTrail>"), "\n");
+  WriteWholeFile(path, text);
+
+  AuditTrail trail(path.c_str(), "", nullptr);  // log level 0
+  trail.Load();
+  const std::string before = SavedText(trail);
+  const std::vector<AuditTrailFinding> findings = trail.FindUnverifiedSessions();
+  EXPECT_EQ(SavedText(trail), before);
+  ASSERT_EQ(findings.size(), 3u);
+  const AuditTrailFinding::EKind kinds[] = {AuditTrailFinding::eCheckSumMismatch,
+                                            AuditTrailFinding::eCheckSumMissing,
+                                            AuditTrailFinding::eNotASession};
+  for (int i = 0; i < 3; ++i) {
+    SCOPED_TRACE(i);
+    EXPECT_EQ(findings[i].kind, kinds[i]);
+    EXPECT_EQ(findings[i].index, i + 1);
+  }
+  EXPECT_NE(findings[0].storedCheckSum, findings[0].computedCheckSum);
+  EXPECT_FALSE(findings[0].storedCheckSum.IsEmpty());
+  EXPECT_EQ(std::string(findings[0].user), std::string(ZnSystemInfo::GetUserNameA()));
+  EXPECT_NE(findings[0].date.Find("(UTC"), -1);
+  EXPECT_TRUE(findings[1].storedCheckSum.IsEmpty());
+  trail.GetAuditTrailSettings().SetLogEvents(1);
+  CString message;
+  EXPECT_FALSE(trail.VerifySignature(&message));
+  EXPECT_NE(message.Find("for 3 of"), -1);
+}
+
+TEST_F(AuditTrailPersistence, SessionRecordsHoldWhatAPersonReads) {
+  AuditTrailWrapper wrapper(boost::shared_ptr<AuditTrail>(new AuditTrail));
+  wrapper.GetTrail()->SetProject("Assay 4");
+  wrapper.GetTrail()->BeginSession();
+  wrapper.AddEvent("Sample loaded", "rack 3", nullptr);
+  wrapper.PushSubTrail();
+  wrapper.AddEvent("Step one", "", nullptr);
+  wrapper.PopSubTrail("Batch run", "3 steps");
+  wrapper.GetTrail()->EndSession();
+  wrapper.GetTrail()->BeginSession();
+
+  const std::vector<AuditTrailSessionRecord> records = wrapper.GetTrail()->GetSessionRecords();
+  ASSERT_EQ(records.size(), 2u);
+  EXPECT_EQ(wrapper.GetTrail()->CountSessions(), 2);
+  const AuditTrailSessionRecord& first = records[0];
+  EXPECT_TRUE(first.isSession);
+  EXPECT_EQ(std::string(first.project), "Assay 4");
+  EXPECT_EQ(std::string(first.user), std::string(ZnSystemInfo::GetUserNameA()));
+  EXPECT_EQ(std::string(first.computer), std::string(ZnSystemInfo::GetComputerNameA()));
+  ASSERT_EQ(first.events.size(), 2u);
+  EXPECT_EQ(std::string(first.events[0].message), "Sample loaded");
+  EXPECT_EQ(std::string(first.events[0].details), "rack 3");
+  EXPECT_EQ(std::string(first.events[1].message), "Batch run");
+  ASSERT_EQ(first.events[1].subEvents.size(), 1u);
+  EXPECT_EQ(std::string(first.events[1].subEvents[0].message), "Step one");
+  EXPECT_TRUE(first.hasCheckSum);
+  EXPECT_FALSE(first.checkSum.IsEmpty());
+  EXPECT_EQ(records[1].index, 1);
+  EXPECT_FALSE(records[1].hasCheckSum);
+  EXPECT_TRUE(wrapper.GetTrail()->HasAuditTrailRoot());
+
+  std::istringstream other("<Settings><Session/></Settings>");
+  AuditTrail settings;
+  settings.Read(other);
+  EXPECT_FALSE(settings.HasAuditTrailRoot());
 }
 
 TEST_F(AuditTrailPersistence, TurnedOffTrailVerifiesAnything) {

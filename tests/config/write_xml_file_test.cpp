@@ -129,6 +129,30 @@ TEST(WriteXMLFile, KeepsTheParsedDocumentsEncodingAndLeavesOutDefaultedAttribute
             "<r own=\"caf\xe9\"/>");
 }
 
+// Found by fuzzing the trail: a document declared as UTF-7 was read, then written back in a
+// UTF-7 that the parser reads differently, so a saved trail could never be loaded again.
+TEST(WriteXMLFile, WritesUtf8WhereTheDocumentsEncodingWouldNotReadBack) {
+  const std::string text = "<?xml version=\"1.0\" encoding=\"UTF-7\"?><r a=\"+AOk-t\u00e9\">x</r>";
+  xercesc::XercesDOMParser parser;
+  xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()), text.size(),
+                                    "test");
+  parser.parse(source);
+  ASSERT_EQ(parser.getErrorCount(), 0u);
+  std::ostringstream out;
+  ASSERT_TRUE(WriteXMLFile(out, parser.getDocument(), false));
+  EXPECT_EQ(out.str().rfind("<?xml version=\"1.0\" encoding=\"UTF-8\" ", 0), 0u) << out.str();
+
+  xercesc::XercesDOMParser again;
+  const std::string written = out.str();
+  xercesc::MemBufInputSource writtenSource(reinterpret_cast<const XMLByte*>(written.data()),
+                                           written.size(), "again");
+  again.parse(writtenSource);
+  ASSERT_EQ(again.getErrorCount(), 0u);
+  EXPECT_EQ(zenutl_test::Narrow(again.getDocument()->getDocumentElement()->getAttribute(u"a")),
+            zenutl_test::Narrow(parser.getDocument()->getDocumentElement()->getAttribute(u"a")));
+  EXPECT_FALSE(WriteXMLFile(out, nullptr, false));
+}
+
 TEST(CStringFormatTarget, ZeroByteEndsAChunkAndTheCountBoundsIt) {
   struct Case {
     std::string bytes;

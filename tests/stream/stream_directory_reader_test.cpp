@@ -52,6 +52,44 @@ TEST_F(StreamDirectoryReaderTest, FindsStreamsInAnyOrderAndAnswersAbsentForTheRe
   zenutl_test::ReadFromBoth(File("in.bin"), kSample, read);
 }
 
+// Sizes come from the starts alone: each stream reaches to the next start in the payload.
+TEST_F(StreamDirectoryReaderTest, ExtentsReachToTheNextStartOrTheEnd) {
+  std::istringstream stream(kSample + Bytes({0, 3, 1, 0, 1, 3}) + "xy" + "z");
+  StreamReader reader(stream);
+  reader.Seek(3);
+  struct Row {
+    unsigned int index;
+    bool present;
+    long long position;
+    unsigned long long size;
+  };
+  {
+    StreamDirectoryReader directory(reader);
+    EXPECT_EQ(directory.GetStreamCount(), 3u);
+    EXPECT_EQ(directory.GetEndPosition(), 12);
+    const Row rows[] = {{0, true, 11, 1}, {1, false, 0, 0}, {2, true, 9, 2}, {3, false, 0, 0}};
+    for (const Row& row : rows) {
+      SCOPED_TRACE(row.index);
+      StreamDirectoryReader::Extent extent{-1, 0};
+      EXPECT_EQ(directory.GetStreamExtent(row.index, extent), row.present);
+      if (row.present) {
+        EXPECT_EQ(extent.position, row.position);
+        EXPECT_EQ(extent.size, row.size);
+      }
+    }
+    EXPECT_EQ(reader.Tell(), 9);  // nothing moved
+  }
+  // Streams 0 and 2 begin at the same place: the container can't tell which one is empty.
+  reader.Seek(16);
+  StreamDirectoryReader shared(reader);
+  StreamDirectoryReader::Extent first{}, third{};
+  ASSERT_TRUE(shared.GetStreamExtent(0, first));
+  ASSERT_TRUE(shared.GetStreamExtent(2, third));
+  EXPECT_EQ(first.size, 2u);
+  EXPECT_EQ(third.size, 2u);
+  EXPECT_EQ(shared.GetEndPosition(), 24);
+}
+
 TEST_F(StreamDirectoryReaderTest, ReadingInWrittenOrderSeeksNever) {
   SeekCountingBuffer buffer(kSample.substr(3));
   std::istream stream(&buffer);

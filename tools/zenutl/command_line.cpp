@@ -1,0 +1,118 @@
+#include "command_line.h"
+
+#include <sstream>
+
+namespace zenutl_tool {
+namespace {
+
+const OptionSpec* FindLong(const CommandSpec& spec, const std::string& name) {
+  for (const OptionSpec& option : spec.options) {
+    if (option.name == name) return &option;
+  }
+  return nullptr;
+}
+
+const OptionSpec* FindShort(const CommandSpec& spec, char name) {
+  for (const OptionSpec& option : spec.options) {
+    if (option.shortName != 0 && option.shortName == name) return &option;
+  }
+  return nullptr;
+}
+
+std::string OptionUsage(const OptionSpec& option) {
+  std::string text = option.shortName ? std::string("-") + option.shortName : "--" + option.name;
+  if (!option.value.empty()) text += " " + option.value;
+  return text;
+}
+
+}  // namespace
+
+std::string Arguments::Value(const std::string& option, const std::string& fallback) const {
+  auto found = mValues.find(option);
+  return found == mValues.end() ? fallback : found->second;
+}
+
+bool AsksForHelp(const std::vector<std::string>& args) {
+  for (const std::string& arg : args) {
+    if (arg == "--") return false;
+    if (arg == "--help" || arg == "-h") return true;
+  }
+  return false;
+}
+
+Arguments ParseArguments(const CommandSpec& spec, const std::vector<std::string>& args) {
+  Arguments parsed;
+  bool optionsEnded = false;
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    const std::string& arg = args[i];
+    if (optionsEnded || arg == "-" || arg.empty() || arg[0] != '-') {
+      parsed.mOperands.push_back(arg);
+      continue;
+    }
+    if (arg == "--") {
+      optionsEnded = true;
+      continue;
+    }
+    const OptionSpec* option = nullptr;
+    std::string value;
+    bool hasValue = false;
+    if (arg.compare(0, 2, "--") == 0) {
+      const std::size_t equals = arg.find('=');
+      option = FindLong(spec, arg.substr(2, equals == std::string::npos ? equals : equals - 2));
+      if (equals != std::string::npos) {
+        value = arg.substr(equals + 1);
+        hasValue = true;
+      }
+    } else {
+      option = FindShort(spec, arg[1]);
+      if (arg.size() > 2) {
+        value = arg.substr(2);
+        hasValue = true;
+      }
+    }
+    if (!option) throw UsageError("unknown option '" + arg + "'");
+    if (option->value.empty()) {
+      if (hasValue) throw UsageError("option '--" + option->name + "' takes no value");
+    } else if (!hasValue) {
+      if (i + 1 == args.size()) throw UsageError("option '" + arg + "' needs a value");
+      value = args[++i];
+    }
+    parsed.mGiven.insert(option->name);
+    parsed.mValues[option->name] = value;
+  }
+  const std::size_t count = parsed.mOperands.size();
+  if (count < spec.minOperands) {
+    throw UsageError(spec.minOperands - count == 1 && spec.operands.find(' ') == std::string::npos
+                         ? "missing " + spec.operands
+                         : "missing operands: expected " + spec.operands);
+  }
+  if (count > spec.maxOperands) {
+    throw UsageError("unexpected operand '" + parsed.mOperands[spec.maxOperands] + "'");
+  }
+  return parsed;
+}
+
+std::string UsageLine(const CommandSpec& spec) {
+  std::string line = "usage: zenutl " + spec.words;
+  for (const OptionSpec& option : spec.options) line += " [" + OptionUsage(option) + "]";
+  if (!spec.operands.empty()) line += " " + spec.operands;
+  return line;
+}
+
+std::string HelpText(const CommandSpec& spec) {
+  std::ostringstream text;
+  text << UsageLine(spec) << "\n\n" << spec.summary << "\n";
+  if (!spec.details.empty()) text << "\n" << spec.details << "\n";
+  text << "\nOptions:\n";
+  for (const OptionSpec& option : spec.options) {
+    std::string forms = option.shortName ? std::string("-") + option.shortName + ", " : "    ";
+    forms += "--" + option.name + (option.value.empty() ? "" : " " + option.value);
+    text << "  " << forms << std::string(forms.size() < 22 ? 22 - forms.size() : 1, ' ')
+         << option.help << "\n";
+  }
+  text << "  -h, --help            show this help\n";
+  text << "\nExit status: 0 success, 1 a finding, 2 bad usage or unreadable input.\n";
+  return text.str();
+}
+
+}  // namespace zenutl_tool
