@@ -13,7 +13,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   locales tzdata
   clang libclang-rt-14-dev
-  libssl-dev  # the oracle of the digest and cipher tests; the library doesn't link it
+  libssl-dev  # the audit trail's seal (libcrypto), and the oracle of the digest tests
   chromium  # the trail viewer's test renders a saved trail in a real browser
 )
 if [[ "${1:-}" == "--bench" ]]; then

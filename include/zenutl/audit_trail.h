@@ -10,6 +10,11 @@
 // Applications usually reach it through `AuditTrailWrapper`; settings come from a
 // `ConfigurationSection` through `AuditTrailSettings`.
 //
+// A trail may also carry a keyed seal (`SetSeal`): each closed session then chains an
+// HMAC-SHA256 over its content and the session before it, so that edits the checksum cannot
+// show (a session deleted, reordered or forged, text moved between nodes, a copy put back) are
+// found as well. See SetSeal for what it protects against and what it does not.
+//
 // Texts are UTF-8. Every character that XML 1.0 cannot carry is recorded as U+FFFD, in messages,
 // details, the project and the extended user information alike: the C0 controls other than tab
 // and line feed (carriage returns are removed), U+FFFE and U+FFFF. No recorded text can make a
@@ -45,6 +50,7 @@
 class ConfigurationSection;
 class ZnStreamSource;
 struct AuditTrailDocument;
+struct AuditTrailSeal;
 
 enum AuditTrailCallbackType {
   // BeginSession needs the extended user information, and the settings ask for a prompt.
@@ -94,9 +100,35 @@ class AuditTrail {
   // session's events are nested into the new event.
   virtual void AddEvent(const char* message, const char* details, AuditTrail* subTrail);
   void SetProject(const char* name);
-  // Deletes the stored trail (never a folder standing in its place) and starts over with a new
-  // session and "Audit Trail cleared.".
+  // Deletes the stored trail (never a folder standing in its place) and the seal's anchor file,
+  // if any, and starts over with a new session and "Audit Trail cleared.".
   void Clear();
+
+  // Seals every session this trail closes from now on with the secret key read from `keyFile`
+  // (its bytes exactly as they are, at most 4096), and keeps the end of the chain of seals in
+  // `anchorFile` (null or "": no anchor). False, and no seal, for a null, missing, unreadable,
+  // empty or larger key file; the process log says why. The seal stays this trail's own: it is
+  // shared by operator= but not taken over by CopyContent.
+  //
+  // What it protects against: people who can edit, replace or delete the trail file but can
+  // read neither the key file nor write the anchor file (keep both where only the application's
+  // account reaches, beside its settings). The key makes every change inside a sealed session,
+  // and every deletion, reordering or insertion of sessions, show; the anchor, rewritten after
+  // every save, makes a trail cut short, or an older copy of it put back, show. Without an
+  // anchor, removing the newest sessions, or the seals of all of them, goes unnoticed. What it
+  // cannot protect against: anyone who can read the key (they can seal what they like), or roll
+  // back the anchor together with the trail; and sessions recorded before the trail had a key,
+  // which stay unsealed (the first sealed session binds the trail's identifier, not them).
+  // There is one key per trail: after a change of key, every session sealed with the old one
+  // is a finding.
+  //
+  // In the file: the root gains "TrailId", made when the first session is sealed; each sealed
+  // session's "CheckSum" gains "SealSequence" (1, 2, ...), "SealAlgorithm" ("HMAC-SHA256"),
+  // "SealKeyId" (names the key, does not reveal it) and "SealMac". The checksum leaves
+  // "CheckSum" elements out, so it is the same with or without a seal, and readers that know
+  // nothing of seals read the trail as before. A sealed session may hold elements and text only:
+  // a CDATA section, comment, processing instruction or entity reference in it fails its seal.
+  bool SetSeal(const char* keyFile, const char* anchorFile);
 
   // True when every closed session still matches its "CheckSum"; otherwise records the finding
   // as an event, stores it in `message` (may be null) and returns false. True at once, without
@@ -107,10 +139,23 @@ class AuditTrail {
   // so does one whose stored text differs from the computed one. A "CheckSum" without text is
   // compared as if it held the text read for the session checked just before (the next newer
   // one), or "" if it is the first; this is how trails have always been checked.
+  //
+  // With a seal, it also checks the chain of seals and, with an anchor file, that the trail
+  // reaches the seal the anchor records. Each finding is one of: a bad MAC (the session changed,
+  // or was sealed with another key), a gap in the sequence (sessions deleted, reordered or
+  // inserted), truncated against the anchor (cut short, an older copy, another trail, or the
+  // anchor missing), or an unsealed session after sealed ones. They are recorded as one more
+  // event, "The seal of the Audit Trail could not be verified (N findings).", with one line
+  // per finding in its details ("Session 4: gap in the sequence (expected seal 3, found 5).");
+  // `message` then holds the checksum's text, if any, and this one, one per line. Sessions
+  // from before the trail had a key are not findings, and a trail without seals verifies as
+  // it always did.
   bool VerifySignature(CString* message);
   // The same check, without recording anything and whatever the log level: the sessions that
   // VerifySignature counts, oldest first. Empty when all of them verify. For programs that
-  // check a trail on behalf of an auditor and must leave it exactly as it was.
+  // check a trail on behalf of an auditor and must leave it exactly as it was. With a seal, the
+  // seal's findings follow, oldest first, the one about the whole trail (index -1) last; a
+  // session may then have one finding of each. Only the anchor file is read, never written.
   std::vector<AuditTrailFinding> FindUnverifiedSessions() const;
   // Every child of the root, oldest first, with its events: the trail as a person reads it.
   std::vector<AuditTrailSessionRecord> GetSessionRecords() const;
@@ -158,6 +203,11 @@ class AuditTrail {
 
  private:
   void ResetDocument();
+  // The seal's part of VerifySignature: records the seal's findings among `findings` as one
+  // event and adds its summary to `message`; true when there are none.
+  bool RecordSealFindings(const std::vector<AuditTrailFinding>& findings, CString& message);
+  // After a save: the end of the chain of seals to the anchor file, if there is one.
+  void SaveSealAnchor();
   // A new document with a new session and the event "Audit Trail cleared.".
   void StartOver();
   bool HasStore() const;
@@ -170,6 +220,7 @@ class AuditTrail {
   ZnStreamSource* mStreamSource = nullptr;
   CString mFolder;
   bool mFileMissing = false;
+  boost::shared_ptr<const AuditTrailSeal> mSeal;  // null: sessions are not sealed
 
   static AuditTrail* spInstance;
 };

@@ -41,22 +41,30 @@ struct AuditTrailSessionRecord {
   CString checkSum;          // the stored text, each unit narrowed to its low byte
 };
 
-// A session that failed the check of its "CheckSum", described so that a person can find it.
-// `kind` says why; later kinds of check add kinds of their own.
+// A session that failed the check of its "CheckSum", or of its seal (AuditTrail::SetSeal),
+// described so that a person can find it. `kind` says why.
 struct AuditTrailFinding {
   enum EKind {
     eNotASession,       // a child of the root that is no "Session" (text, a comment, ...)
     eCheckSumMissing,   // a session that was never closed, or whose "CheckSum" was removed
     eCheckSumMismatch,  // the stored checksum differs from the one computed now
+    // The seal's kinds; `detail` says what was found.
+    eSealBadMac,     // the session's MAC doesn't match it, or it was sealed with another key
+    eSealGap,        // its sequence number is not the one after the previous sealed session's
+    eSealTruncated,  // about the whole trail: it doesn't reach the seal its anchor records
+    eSealUnsealed,   // a session without a seal after sealed ones
   };
 
+  bool IsSealFinding() const { return kind >= eSealBadMac; }
+
   EKind kind = eCheckSumMismatch;
-  int index = 0;  // position under the root, 0 for the oldest
+  int index = 0;  // position under the root, 0 for the oldest; -1 for the whole trail
   CString date;   // of the session, as stored
   CString user;
   CString computer;
   CString storedCheckSum;  // the text compared; see AuditTrail::VerifySignature for empty ones
   CString computedCheckSum;
+  CString detail;  // the seal's kinds: "expected seal 3, found 5"
 };
 
 #endif  // ZENUTL_AUDIT_TRAIL_RECORDS_H_

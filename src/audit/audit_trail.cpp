@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <ctime>
 
+#include "audit/audit_seal.h"
 #include "audit/audit_trail_document.h"
 #include "audit/audit_xml.h"
 #include "config/guarded_dom_parser.h"
@@ -168,6 +169,7 @@ AuditTrail& AuditTrail::operator=(const AuditTrail& other) {
   mStreamSource = other.mStreamSource;
   mFolder = other.mFolder;
   mFileMissing = other.mFileMissing;
+  mSeal = other.mSeal;
   return *this;
 }
 
@@ -299,6 +301,7 @@ void AuditTrail::EndSession() {
     session->appendChild(checkSum);
   }
   checkSum->appendChild(signature);
+  if (mSeal) SealSession(*mSeal, mDocument->GetRoot(), session);
   mDocument->session = nullptr;
   msAuditTrailEndSession(this);
 }
@@ -329,6 +332,11 @@ void AuditTrail::Clear() {
   } else {
     // unlink, not remove: a folder that stands where the trail should is never deleted.
     zenutl::platform::Unlink(zenutl::platform::ToNativePath(mFileName.GetString()).c_str());
+  }
+  // The sealed history is gone on purpose: an anchor left behind would report the new trail
+  // as cut short of it.
+  if (mSeal && !mSeal->anchorFile.IsEmpty()) {
+    zenutl::platform::Unlink(zenutl::platform::ToNativePath(mSeal->anchorFile.GetString()).c_str());
   }
   StartOver();
 }

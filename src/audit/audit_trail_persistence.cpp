@@ -151,12 +151,18 @@ bool SetAsideUnreadableTrail(ZnStreamSource* source, const CString& name) {
 
 bool AuditTrail::VerifySignature(CString* message) {
   if (mSettings.GetLogLevel() < 1) return true;
-  const std::size_t mismatches = FindUnverifiedSessions().size();
-  if (mismatches == 0) return true;
+  const std::vector<AuditTrailFinding> findings = FindUnverifiedSessions();
+  int mismatches = 0;
+  for (const AuditTrailFinding& finding : findings) {
+    if (!finding.IsSealFinding()) ++mismatches;
+  }
   CString text;
-  text.Format(kMismatchFormat, static_cast<int>(mismatches));
+  if (mismatches > 0) {
+    text.Format(kMismatchFormat, mismatches);
+    AddEvent(text, nullptr, nullptr);
+  }
+  if (RecordSealFindings(findings, text) && mismatches == 0) return true;
   if (message) *message = text;
-  AddEvent(text, nullptr, nullptr);
   return false;
 }
 
@@ -270,11 +276,16 @@ void AuditTrail::Save() {
     if (!stream || !*stream) return;
     stream->write(text.data(), static_cast<std::streamsize>(text.size()));
     stream->flush();
-    if (*stream) mModified = false;
+    if (!*stream) return;
+    stream.reset();  // the trail is in the store before the anchor moves on
+    mModified = false;
+    SaveSealAnchor();
     return;
   }
   const std::string nativePath = zenutl::platform::ToNativePath(mFileName.GetString());
-  if (zenutl::platform::WriteFileAtomically(nativePath, text, nullptr)) mModified = false;
+  if (!zenutl::platform::WriteFileAtomically(nativePath, text, nullptr)) return;
+  mModified = false;
+  SaveSealAnchor();
 }
 
 void AuditTrail::Save(std::ostream& stream) {

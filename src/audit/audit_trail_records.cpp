@@ -2,6 +2,7 @@
 // sessions and events as plain records.
 #include <algorithm>
 
+#include "audit/audit_seal.h"
 #include "audit/audit_trail_document.h"
 #include "audit/audit_xml.h"
 #include "zenutl/audit_trail.h"
@@ -112,6 +113,13 @@ std::vector<AuditTrailFinding> AuditTrail::FindUnverifiedSessions() const {
     }
   }
   std::reverse(findings.begin(), findings.end());
+  if (mSeal) {
+    for (const SealFinding& seal : CheckSeals(*mSeal, root, mDocument->session)) {
+      AuditTrailFinding finding = FindingFor(seal.session, seal.index, seal.kind);
+      finding.detail = seal.detail;
+      findings.push_back(finding);
+    }
+  }
   return findings;
 }
 

@@ -31,11 +31,16 @@ ProgramResult Zenutl(std::vector<std::string> args, const ProgramOptions& option
 class ZenutlTool : public zenutl_test::TempDirTest {
  protected:
   // A trail file of `sessions` closed sessions; the second event of each carries a sub-trail.
-  std::string RecordTrail(int sessions) {
+  // Sealed with the key in `key`, and anchored in `anchor`, when they are given.
+  std::string RecordTrail(int sessions, const std::string& key = "",
+                          const std::string& anchor = "") {
     const std::string path = File("trail.xml");
     for (int i = 1; i <= sessions; ++i) {
       boost::shared_ptr<AuditTrail> trail(new AuditTrail(path.c_str(), "Assay", nullptr));
       trail->GetAuditTrailSettings().SetLogEvents(1);
+      if (!key.empty()) {
+        EXPECT_TRUE(trail->SetSeal(key.c_str(), anchor.c_str()));
+      }
       trail->Load();
       trail->BeginSession();
       AuditTrailWrapper wrapper(trail);
@@ -94,6 +99,72 @@ TEST_F(ZenutlTool, AuditVerifyTellsCleanFromTamperedAndNeverWritesTheFile) {
   EXPECT_EQ(ReadWholeFile(path), text);
   EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
   EXPECT_EQ(after.st_mtim.tv_sec, before.st_mtim.tv_sec);
+}
+
+// Each kind of seal failure is named with its session, or for the whole trail; a session that
+// fails both its checksum and its seal counts once.
+TEST_F(ZenutlTool, AuditVerifyWithKeyAndAnchorNamesEachSealFailure) {
+  const std::string key = File("trail.key");
+  const std::string anchor = File("trail.anchor");
+  WriteWholeFile(key, "the application's secret");
+  const std::string path = RecordTrail(3, key, anchor);
+  const std::string text = ReadWholeFile(path);
+  std::vector<std::string> sessions;
+  const std::regex session("<Session .*?</Session>");
+  for (auto it = std::sregex_iterator(text.begin(), text.end(), session);
+       it != std::sregex_iterator(); ++it) {
+    sessions.push_back(it->str());
+  }
+  ASSERT_EQ(sessions.size(), 3u);
+  const std::string head = text.substr(0, text.find("<Session "));
+  const std::string unsealed =
+      std::regex_replace(sessions[2], std::regex(" Seal\\w+=\"[^\"]*\""), "");
+  struct Row {
+    const char* what;
+    std::string trail;
+    std::string out;  // after "<path>: "; "@" stands for a session's date, user and computer
+  } rows[] = {
+      {"untouched", text,
+       "verified: every session matches its checksum, and the seals hold (3 sessions)\n"},
+      {"a session deleted", head + sessions[0] + sessions[2] + "</AuditTrail>",
+       "FAILED: 1 of 2 sessions could not be verified\n"
+       "  session 2@: gap in the sequence: expected seal 2, found 3\n"},
+      {"cut short", head + sessions[0] + sessions[1] + "</AuditTrail>",
+       "FAILED: the trail could not be verified\n"
+       "  trail: truncated against the anchor: the trail ends at seal 2, the anchor records "
+       "seal 3\n"},
+      {"an unsealed session appended",
+       head + sessions[0] + sessions[1] + sessions[2] + unsealed + "</AuditTrail>",
+       "FAILED: 1 of 4 sessions could not be verified\n"
+       "  session 4@: unsealed session after sealed ones\n"},
+      {"a detail edited", std::regex_replace(text, std::regex("sample 2"), "sample 7"),
+       "FAILED: 1 of 3 sessions could not be verified\n"
+       "  session 2@: checksum mismatch: stored [0-9a-f]+, computed [0-9a-f]+\n"
+       "  session 2@: bad MAC: the seal does not match the session\n"},
+  };
+  const std::string who = ", [-0-9]+ [:0-9]+ \\(UTC[-+.0-9]+\\), user [^ ]+ on [^:]+";
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    WriteWholeFile(path, row.trail);
+    const ProgramResult result =
+        Zenutl({"audit", "verify", "--key", key, "--anchor", anchor, path});
+    EXPECT_EQ(result.status, row.out.rfind("verified", 0) == 0 ? 0 : 1) << result.err;
+    const std::string expected = std::regex_replace(row.out, std::regex("[()]"), "\\$&");
+    EXPECT_TRUE(std::regex_match(
+        result.out, std::regex(std::regex_replace(path + ": " + expected, std::regex("@"), who))))
+        << result.out;
+  }
+  // In JSON a finding about the whole trail has no session.
+  WriteWholeFile(path, rows[2].trail);
+  const ProgramResult json =
+      Zenutl({"audit", "verify", "--json", "--key", key, "--anchor", anchor, path});
+  const json_value report = json_value::parse(json.out);
+  const json_value& finding =
+      report.get_child("files").get_child(0u).get_child("findings").get_child(0u);
+  EXPECT_EQ(finding.get_child("kind").get_string(), "truncated");
+  EXPECT_TRUE(finding.get_child("session").is_null());
+  EXPECT_EQ(finding.get_child("detail").get_string(),
+            "the trail ends at seal 2, the anchor records seal 3");
 }
 
 // Whatever the file holds, the answer is a message naming it and status 2, never a crash.
@@ -327,6 +398,11 @@ TEST_F(ZenutlTool, HelpForEveryCommandAndUsageMistakesAreStatusTwo) {
       {{"audit"}, "zenutl: 'zenutl audit' needs a command\nTry 'zenutl audit --help'."},
       {{"audit", "verify"}, "zenutl: missing FILE...\nTry 'zenutl audit verify --help'."},
       {{"audit", "verify", "--jsn", "x"}, "zenutl: unknown option '--jsn'\n"},
+      {{"audit", "verify", "--anchor", "a", "x"}, "zenutl: --anchor needs --key\n"},
+      {{"audit", "verify", "--key", "/nonexistent.key", "x"},
+       "zenutl: /nonexistent.key: No such file or directory\n"},
+      {{"audit", "verify", "--key", "/dev/null", "x"},
+       "zenutl: /dev/null: not a key file: it is empty or longer than 4096 bytes\n"},
       {{"audit", "html", "x", "-o"}, "zenutl: option '-o' needs a value\n"},
       {{"ini", "get", "a", "b", "c", "d"}, "zenutl: unexpected operand 'd'\n"},
   };

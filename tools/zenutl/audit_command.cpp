@@ -4,6 +4,7 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <set>
 #include <sstream>
 
 #include "audit_views.h"
@@ -52,11 +53,41 @@ std::string SessionsText(int count) {
   return std::to_string(count) + (count == 1 ? " session" : " sessions");
 }
 
+// The key and anchor files of `audit verify --key KEYFILE [--anchor FILE]`; no key: no seal.
+struct SealFiles {
+  std::string key;
+  std::string anchor;
+};
+
+// Refuses, before any trail is read, an anchor without a key or for several trails, and a key
+// file that can't be used.
+SealFiles SealFilesOf(const Arguments& arguments) {
+  SealFiles files{arguments.Value("key"), arguments.Value("anchor")};
+  if (!arguments.Has("key")) {
+    if (arguments.Has("anchor")) throw UsageError("--anchor needs --key");
+    return files;
+  }
+  if (arguments.Has("anchor") && arguments.OperandCount() > 1) {
+    throw UsageError("--anchor holds the end of one trail: give one FILE with it");
+  }
+  std::ifstream key;
+  OpenInputFile(files.key, key);  // names a missing or unreadable file with the system's reason
+  AuditTrail probe;
+  if (!probe.SetSeal(files.key.c_str(), nullptr)) {
+    throw FileError(files.key + ": not a key file: it is empty or longer than 4096 bytes");
+  }
+  return files;
+}
+
 json_value FindingAsJson(const AuditTrailFinding& finding) {
   json_value json(json_object{});
   json.put_child("kind") = json_value(std::string(FindingKindName(finding.kind)));
-  json.put_child("session") = json_value(finding.index + 1.0);
+  // A finding about the whole trail (against the anchor) has no session.
+  json.put_child("session") = finding.index < 0 ? json_value() : json_value(finding.index + 1.0);
   json.put_child("index") = json_value(static_cast<double>(finding.index));
+  if (finding.IsSealFinding()) {
+    json.put_child("detail") = json_value(std::string(finding.detail.GetString()));
+  }
   json.put_child("date") = json_value(std::string(finding.date.GetString()));
   json.put_child("user") = json_value(std::string(finding.user.GetString()));
   json.put_child("computer") = json_value(std::string(finding.computer.GetString()));
@@ -66,7 +97,7 @@ json_value FindingAsJson(const AuditTrailFinding& finding) {
 }
 
 // Checks one file; prints its verdict as text, or adds it to `json`. Answers the exit status.
-int VerifyOne(const std::string& path, const std::string& label, bool asJson,
+int VerifyOne(const std::string& path, const std::string& label, const SealFiles& seal, bool asJson,
               ProgressLine& progress, json_value& json) {
   std::unique_ptr<AuditTrail> trail;
   try {
@@ -82,6 +113,7 @@ int VerifyOne(const std::string& path, const std::string& label, bool asJson,
     return kFailure;
   }
   progress.Update(label + ": checking the sessions");
+  if (!seal.key.empty()) trail->SetSeal(seal.key.c_str(), seal.anchor.c_str());
   const int sessions = trail->CountSessions();
   const std::vector<AuditTrailFinding> findings = trail->FindUnverifiedSessions();
   progress.Clear();
@@ -93,15 +125,29 @@ int VerifyOne(const std::string& path, const std::string& label, bool asJson,
     list.set_length(0);
     for (const AuditTrailFinding& finding : findings) list.append_child() = FindingAsJson(finding);
   } else if (findings.empty()) {
+    const char* verdict = seal.key.empty()
+                              ? "every session matches its checksum"
+                              : "every session matches its checksum, and the seals hold";
     std::cout << path << ": verified: "
-              << (sessions == 0
-                      ? "no sessions to check"
-                      : "every session matches its checksum (" + SessionsText(sessions) + ")")
+              << (sessions == 0 ? std::string("no sessions to check")
+                                : verdict + (" (" + SessionsText(sessions) + ")"))
               << "\n";
   } else {
-    std::cout << path << ": FAILED: " << findings.size() << " of " << SessionsText(sessions)
-              << " could not be verified\n";
+    std::set<int> failed;  // a session may fail its checksum and its seal
     for (const AuditTrailFinding& finding : findings) {
+      if (finding.index >= 0) failed.insert(finding.index);
+    }
+    std::cout << path << ": FAILED: ";
+    if (failed.empty()) {
+      std::cout << "the trail could not be verified\n";
+    } else {
+      std::cout << failed.size() << " of " << SessionsText(sessions) << " could not be verified\n";
+    }
+    for (const AuditTrailFinding& finding : findings) {
+      if (finding.index < 0) {
+        std::cout << "  trail: " << DescribeFinding(finding) << "\n";
+        continue;
+      }
       std::cout << "  session " << finding.index + 1;
       if (finding.kind != AuditTrailFinding::eNotASession) {
         std::cout << ", " << finding.date.GetString() << ", user " << finding.user.GetString()
@@ -116,6 +162,7 @@ int VerifyOne(const std::string& path, const std::string& label, bool asJson,
 
 int RunVerify(const Arguments& arguments) {
   const bool asJson = arguments.Has("json");
+  const SealFiles seal = SealFilesOf(arguments);
   ProgressLine progress;
   json_value report(json_object{});
   json_value files(json_array{});
@@ -126,7 +173,7 @@ int RunVerify(const Arguments& arguments) {
     std::string label = "verifying ";
     if (count > 1) label += std::to_string(i + 1) + "/" + std::to_string(count) + " ";
     json_value entry(json_object{});
-    status = std::max(status, VerifyOne(path, label + path, asJson, progress, entry));
+    status = std::max(status, VerifyOne(path, label + path, seal, asJson, progress, entry));
     files.append_child() = std::move(entry);
   }
   if (asJson) {
@@ -167,8 +214,17 @@ CommandGroup AuditCommands() {
         "Lists the sessions that fail: their number (1 for the oldest), date, user, computer,\n"
         "and the stored and computed checksums. A session that was never closed has no\n"
         "checksum and fails too. The files are only read, never changed. Exit status 1 when\n"
-        "any session fails. On a terminal, a progress line shows on standard error.",
-        {{"json", 0, "", "write the result as one JSON document"}}},
+        "any session fails. On a terminal, a progress line shows on standard error.\n"
+        "\n"
+        "With --key, also checks the keyed seals of a trail that the application seals:\n"
+        "each failure is a bad MAC (the session was changed, or sealed with another key),\n"
+        "a gap in the sequence (sessions deleted, reordered or inserted), or an unsealed\n"
+        "session after sealed ones. With --anchor, the application's anchor file of the\n"
+        "trail, a trail cut short, or an older copy put back, fails as truncated against\n"
+        "the anchor. Sessions recorded before the trail had a key are not checked by seal.",
+        {{"json", 0, "", "write the result as one JSON document"},
+         {"key", 0, "KEYFILE", "check the seals with the secret key in KEYFILE"},
+         {"anchor", 0, "FILE", "check the trail against its anchor FILE (needs --key)"}}},
        &RunVerify});
   group.commands.push_back(
       {{"audit show",

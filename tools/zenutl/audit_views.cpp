@@ -131,9 +131,26 @@ const char* FindingKindName(AuditTrailFinding::EKind kind) {
       return "checksum-missing";
     case AuditTrailFinding::eCheckSumMismatch:
       return "checksum-mismatch";
+    case AuditTrailFinding::eSealBadMac:
+      return "bad-mac";
+    case AuditTrailFinding::eSealGap:
+      return "sequence-gap";
+    case AuditTrailFinding::eSealTruncated:
+      return "truncated";
+    case AuditTrailFinding::eSealUnsealed:
+      return "unsealed-after-sealed";
   }
   return "unknown";
 }
+
+namespace {
+
+// A seal's finding: its kind, and what was found when there is more to say.
+std::string SealFinding(const char* kind, const AuditTrailFinding& finding) {
+  return finding.detail.IsEmpty() ? kind : kind + (": " + Text(finding.detail));
+}
+
+}  // namespace
 
 std::string DescribeFinding(const AuditTrailFinding& finding) {
   switch (finding.kind) {
@@ -148,6 +165,14 @@ std::string DescribeFinding(const AuditTrailFinding& finding) {
              (finding.storedCheckSum.IsEmpty() ? std::string("(empty)")
                                                : Text(finding.storedCheckSum)) +
              ", computed " + Text(finding.computedCheckSum);
+    case AuditTrailFinding::eSealBadMac:
+      return SealFinding("bad MAC", finding);
+    case AuditTrailFinding::eSealGap:
+      return SealFinding("gap in the sequence", finding);
+    case AuditTrailFinding::eSealTruncated:
+      return SealFinding("truncated against the anchor", finding);
+    case AuditTrailFinding::eSealUnsealed:
+      return SealFinding("unsealed session after sealed ones", finding);
   }
   return "unknown finding";
 }

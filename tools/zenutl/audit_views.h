@@ -23,10 +23,12 @@ std::string TrailAsText(const TrailView& view);
 // The same as one HTML page with its style inside: it needs no stylesheet and no network.
 std::string TrailAsHtml(const TrailView& view);
 
-// How a finding is told in one line: "checksum mismatch: stored 4f1a, computed 4f2b".
+// How a finding is told in one line: "checksum mismatch: stored 4f1a, computed 4f2b", "gap in
+// the sequence: expected seal 3, found 5".
 std::string DescribeFinding(const AuditTrailFinding& finding);
 
-// The short name of a finding's kind, for JSON: "checksum-mismatch".
+// The short name of a finding's kind, for JSON: "checksum-mismatch", "bad-mac",
+// "sequence-gap", "truncated", "unsealed-after-sealed".
 const char* FindingKindName(AuditTrailFinding::EKind kind);
 
 }  // namespace zenutl_tool
