@@ -119,13 +119,21 @@ TEST_F(AuditTrailPersistence, TamperingIsFoundWhereTheSignatureCoversIt) {
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.what);
-    const std::string path = RecordTrail(2);
-    std::string text = ReadWholeFile(path);
-    const std::string edited = std::regex_replace(text, std::regex(row.pattern), row.replacement);
-    ASSERT_NE(edited, text);
-    WriteWholeFile(path, edited);
+    // The sum has 16 bits and covers the time of recording, so now and then an edit happens to
+    // keep a session's sum: such a recording is made again, at most twice.
     CString message;
-    const bool verified = VerifyFile(path, &message);
+    bool verified = true;
+    for (int attempt = 0; attempt < 3; ++attempt) {
+      const std::string path = RecordTrail(2);
+      std::string text = ReadWholeFile(path);
+      const std::string edited = std::regex_replace(text, std::regex(row.pattern), row.replacement);
+      ASSERT_NE(edited, text);
+      WriteWholeFile(path, edited);
+      message.Empty();
+      verified = VerifyFile(path, &message);
+      boost::filesystem::remove(path);
+      if (row.mismatches == 0 || message.Find(std::to_string(row.mismatches).c_str()) != -1) break;
+    }
     EXPECT_EQ(verified, row.mismatches == 0);
     if (row.mismatches) {
       CString expected;
@@ -135,7 +143,6 @@ TEST_F(AuditTrailPersistence, TamperingIsFoundWhereTheSignatureCoversIt) {
           row.mismatches);
       EXPECT_STREQ(message, expected);
     }
-    boost::filesystem::remove(path);
   }
 }
 
