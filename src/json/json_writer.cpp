@@ -20,9 +20,9 @@
 
 using zenutl::json_detail::Access;
 using zenutl::json_detail::Array;
-using zenutl::json_detail::Object;
 using zenutl::json_detail::HasByte;
 using zenutl::json_detail::HasByteBelow;
+using zenutl::json_detail::Object;
 using zenutl::json_detail::SkipPlainWords;
 
 namespace {

@@ -340,8 +340,8 @@ bool WriteFileAtomically(const std::string& nativePath, const std::string& bytes
     Unlink(temporary.c_str());
     return WriteInPlace(target, bytes, replaced, error, written);
   }
-  int failure =
-      FillTemporary(fd, temporary, bytes, hadFile ? &replaced : nullptr, error, written, durability);
+  int failure = FillTemporary(fd, temporary, bytes, hadFile ? &replaced : nullptr, error, written,
+                              durability);
   // Renamed while still open and locked, so that no other writer takes it for abandoned.
   if (failure == 0 && Rename(temporary.c_str(), target.c_str()) != 0) {
     failure = errno;
