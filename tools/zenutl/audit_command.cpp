@@ -209,7 +209,7 @@ CommandGroup AuditCommands() {
       {{"audit verify",
         "FILE...",
         1,
-        CommandSpec::kMany,
+        CommandSyntax::kMany,
         "Check every closed session of each trail against its stored checksum.",
         "Lists the sessions that fail: their number (1 for the oldest), date, user, computer,\n"
         "and the stored and computed checksums. A session that was never closed has no\n"

@@ -5,21 +5,21 @@
 namespace zenutl_tool {
 namespace {
 
-const OptionSpec* FindLong(const CommandSpec& spec, const std::string& name) {
-  for (const OptionSpec& option : spec.options) {
+const OptionSyntax* FindLong(const CommandSyntax& syntax, const std::string& name) {
+  for (const OptionSyntax& option : syntax.options) {
     if (option.name == name) return &option;
   }
   return nullptr;
 }
 
-const OptionSpec* FindShort(const CommandSpec& spec, char name) {
-  for (const OptionSpec& option : spec.options) {
+const OptionSyntax* FindShort(const CommandSyntax& syntax, char name) {
+  for (const OptionSyntax& option : syntax.options) {
     if (option.shortName != 0 && option.shortName == name) return &option;
   }
   return nullptr;
 }
 
-std::string OptionUsage(const OptionSpec& option) {
+std::string OptionUsage(const OptionSyntax& option) {
   std::string text = option.shortName ? std::string("-") + option.shortName : "--" + option.name;
   if (!option.value.empty()) text += " " + option.value;
   return text;
@@ -40,7 +40,7 @@ bool AsksForHelp(const std::vector<std::string>& args) {
   return false;
 }
 
-Arguments ParseArguments(const CommandSpec& spec, const std::vector<std::string>& args) {
+Arguments ParseArguments(const CommandSyntax& syntax, const std::vector<std::string>& args) {
   Arguments parsed;
   bool optionsEnded = false;
   for (std::size_t i = 0; i < args.size(); ++i) {
@@ -53,18 +53,18 @@ Arguments ParseArguments(const CommandSpec& spec, const std::vector<std::string>
       optionsEnded = true;
       continue;
     }
-    const OptionSpec* option = nullptr;
+    const OptionSyntax* option = nullptr;
     std::string value;
     bool hasValue = false;
     if (arg.compare(0, 2, "--") == 0) {
       const std::size_t equals = arg.find('=');
-      option = FindLong(spec, arg.substr(2, equals == std::string::npos ? equals : equals - 2));
+      option = FindLong(syntax, arg.substr(2, equals == std::string::npos ? equals : equals - 2));
       if (equals != std::string::npos) {
         value = arg.substr(equals + 1);
         hasValue = true;
       }
     } else {
-      option = FindShort(spec, arg[1]);
+      option = FindShort(syntax, arg[1]);
       if (arg.size() > 2) {
         value = arg.substr(2);
         hasValue = true;
@@ -81,30 +81,31 @@ Arguments ParseArguments(const CommandSpec& spec, const std::vector<std::string>
     parsed.mValues[option->name] = value;
   }
   const std::size_t count = parsed.mOperands.size();
-  if (count < spec.minOperands) {
-    throw UsageError(spec.minOperands - count == 1 && spec.operands.find(' ') == std::string::npos
-                         ? "missing " + spec.operands
-                         : "missing operands: expected " + spec.operands);
+  if (count < syntax.minOperands) {
+    throw UsageError(syntax.minOperands - count == 1 &&
+                             syntax.operands.find(' ') == std::string::npos
+                         ? "missing " + syntax.operands
+                         : "missing operands: expected " + syntax.operands);
   }
-  if (count > spec.maxOperands) {
-    throw UsageError("unexpected operand '" + parsed.mOperands[spec.maxOperands] + "'");
+  if (count > syntax.maxOperands) {
+    throw UsageError("unexpected operand '" + parsed.mOperands[syntax.maxOperands] + "'");
   }
   return parsed;
 }
 
-std::string UsageLine(const CommandSpec& spec) {
-  std::string line = "usage: zenutl " + spec.words;
-  for (const OptionSpec& option : spec.options) line += " [" + OptionUsage(option) + "]";
-  if (!spec.operands.empty()) line += " " + spec.operands;
+std::string UsageLine(const CommandSyntax& syntax) {
+  std::string line = "usage: zenutl " + syntax.words;
+  for (const OptionSyntax& option : syntax.options) line += " [" + OptionUsage(option) + "]";
+  if (!syntax.operands.empty()) line += " " + syntax.operands;
   return line;
 }
 
-std::string HelpText(const CommandSpec& spec) {
+std::string HelpText(const CommandSyntax& syntax) {
   std::ostringstream text;
-  text << UsageLine(spec) << "\n\n" << spec.summary << "\n";
-  if (!spec.details.empty()) text << "\n" << spec.details << "\n";
+  text << UsageLine(syntax) << "\n\n" << syntax.summary << "\n";
+  if (!syntax.details.empty()) text << "\n" << syntax.details << "\n";
   text << "\nOptions:\n";
-  for (const OptionSpec& option : spec.options) {
+  for (const OptionSyntax& option : syntax.options) {
     std::string forms = option.shortName ? std::string("-") + option.shortName + ", " : "    ";
     forms += "--" + option.name + (option.value.empty() ? "" : " " + option.value);
     text << "  " << forms << std::string(forms.size() < 22 ? 22 - forms.size() : 1, ' ')

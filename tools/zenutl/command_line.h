@@ -2,7 +2,7 @@
 // help texts, and the failures every command reports the same way.
 //
 // A command is a group word and, for most groups, a command word ("audit verify"); it declares
-// its operands and options in a CommandSpec, and receives them parsed as Arguments. A usage
+// its operands and options in a CommandSyntax, and receives them parsed as Arguments. A usage
 // mistake throws UsageError, a file that can't be read or written throws FileError; the program
 // turns both into a message on standard error and exit status 2. Nothing else of this file throws.
 #ifndef ZENUTL_TOOLS_ZENUTL_COMMAND_LINE_H_
@@ -32,21 +32,21 @@ class FileError : public std::runtime_error {
   explicit FileError(const std::string& message) : std::runtime_error(message) {}
 };
 
-struct OptionSpec {
+struct OptionSyntax {
   std::string name;   // long form, without the dashes: "json"
   char shortName;     // 'o', or 0 for none
   std::string value;  // the value's name for the help ("OUT"), empty for a flag
   std::string help;
 };
 
-struct CommandSpec {
+struct CommandSyntax {
   std::string words;     // "audit verify"; "md5" for a group of one command
   std::string operands;  // as the help shows them: "FILE..."
   std::size_t minOperands;
   std::size_t maxOperands;  // kMany for no limit
   std::string summary;      // one line
   std::string details;      // paragraphs after the usage line; may be empty
-  std::vector<OptionSpec> options;
+  std::vector<OptionSyntax> options;
 
   static const std::size_t kMany = static_cast<std::size_t>(-1);
 };
@@ -61,7 +61,7 @@ class Arguments {
   std::size_t OperandCount() const { return mOperands.size(); }
 
  private:
-  friend Arguments ParseArguments(const CommandSpec&, const std::vector<std::string>&);
+  friend Arguments ParseArguments(const CommandSyntax&, const std::vector<std::string>&);
   std::set<std::string> mGiven;
   std::map<std::string, std::string> mValues;
   std::vector<std::string> mOperands;
@@ -71,16 +71,16 @@ class Arguments {
 // "--output=OUT". "--" ends the options; "-" alone is an operand (standard input). Throws
 // UsageError for an unknown option, a missing value, or too few or too many operands. The
 // caller has already handled "--help".
-Arguments ParseArguments(const CommandSpec& spec, const std::vector<std::string>& args);
+Arguments ParseArguments(const CommandSyntax& syntax, const std::vector<std::string>& args);
 
 // Whether the arguments ask for help ("--help" or "-h" before any "--").
 bool AsksForHelp(const std::vector<std::string>& args);
 
 // The whole help of a command: usage line, summary, details and options.
-std::string HelpText(const CommandSpec& spec);
+std::string HelpText(const CommandSyntax& syntax);
 
 // The usage line alone: "usage: zenutl audit verify [--json] FILE...".
-std::string UsageLine(const CommandSpec& spec);
+std::string UsageLine(const CommandSyntax& syntax);
 
 }  // namespace zenutl_tool
 

@@ -11,7 +11,7 @@
 namespace zenutl_tool {
 
 struct Command {
-  CommandSpec spec;
+  CommandSyntax syntax;
   // Runs the command on parsed arguments and answers its exit status. May throw UsageError and
   // FileError; the program reports them.
   int (*run)(const Arguments& arguments);
@@ -20,7 +20,7 @@ struct Command {
 struct CommandGroup {
   std::string name;  // "audit"
   std::string summary;
-  std::vector<Command> commands;  // one with spec.words == name for a group without sub-commands
+  std::vector<Command> commands;  // one with syntax.words == name for a group without sub-commands
 };
 
 CommandGroup AuditCommands();

@@ -103,7 +103,7 @@ CommandGroup Md5Commands() {
       {{"md5",
         "[FILE...]",
         0,
-        CommandSpec::kMany,
+        CommandSyntax::kMany,
         "Print the MD5 digest of each FILE (standard input for none or '-').",
         "One line per file: 32 lower-case hexadecimal digits, two blanks, the name.\n"
         "A file that can't be read is reported and the others still go through.",

@@ -26,9 +26,9 @@ std::string ProgramHelp(const std::vector<CommandGroup>& groups) {
       "and look into the library's file formats.\n\nCommands:\n";
   for (const CommandGroup& group : groups) {
     for (const Command& command : group.commands) {
-      std::string line = "  " + command.spec.words + " " + command.spec.operands;
+      std::string line = "  " + command.syntax.words + " " + command.syntax.operands;
       line += std::string(line.size() < 42 ? 42 - line.size() : 1, ' ');
-      text += line + command.spec.summary + "\n";
+      text += line + command.syntax.summary + "\n";
     }
   }
   text +=
@@ -42,7 +42,7 @@ std::string GroupHelp(const CommandGroup& group) {
   std::string text =
       "usage: zenutl " + group.name + " COMMAND ...\n\n" + group.summary + ".\n\nCommands:\n";
   for (const Command& command : group.commands) {
-    text += "  " + UsageLine(command.spec).substr(7) + "\n      " + command.spec.summary + "\n";
+    text += "  " + UsageLine(command.syntax).substr(7) + "\n      " + command.syntax.summary + "\n";
   }
   return text + "\n'zenutl " + group.name + " COMMAND --help' tells more.\n";
 }
@@ -72,7 +72,7 @@ int Run(const std::vector<std::string>& args) {
 
   const Command* command = nullptr;
   std::vector<std::string> rest;
-  if (group->commands.size() == 1 && group->commands[0].spec.words == group->name) {
+  if (group->commands.size() == 1 && group->commands[0].syntax.words == group->name) {
     command = &group->commands[0];
     rest.assign(args.begin() + 1, args.end());
   } else {
@@ -86,17 +86,17 @@ int Run(const std::vector<std::string>& args) {
     }
     const std::string words = group->name + " " + args[1];
     for (const Command& candidate : group->commands) {
-      if (candidate.spec.words == words) command = &candidate;
+      if (candidate.syntax.words == words) command = &candidate;
     }
     if (!command) throw UsageError("unknown command '" + words + "'");
     rest.assign(args.begin() + 2, args.end());
   }
-  gHelpHint = "zenutl " + command->spec.words + " --help";
+  gHelpHint = "zenutl " + command->syntax.words + " --help";
   if (AsksForHelp(rest)) {
-    std::cout << HelpText(command->spec);
+    std::cout << HelpText(command->syntax);
     return kSuccess;
   }
-  return command->run(ParseArguments(command->spec, rest));
+  return command->run(ParseArguments(command->syntax, rest));
 }
 
 int Fail(const std::string& message) {
