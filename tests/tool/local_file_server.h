@@ -4,63 +4,24 @@
 #ifndef ZENUTL_TESTS_TOOL_LOCAL_FILE_SERVER_H_
 #define ZENUTL_TESTS_TOOL_LOCAL_FILE_SERVER_H_
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <stdexcept>
 #include <string>
-#include <thread>
 
+#include "support/loopback_server.h"
 #include "support/temp_dir.h"
 
 namespace zenutl_test {
 
 class LocalFileServer {
  public:
-  explicit LocalFileServer(const std::string& folder) : folder_(folder) {
-    socket_ = ::socket(AF_INET, SOCK_STREAM, 0);
-    if (socket_ < 0) throw std::runtime_error("socket failed");
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    if (::bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(socket_, 16) != 0 ||
-        ::getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-      ::close(socket_);
-      throw std::runtime_error("bind/listen failed");
-    }
-    port_ = ntohs(address.sin_port);
-    thread_ = std::thread([this] { Serve(); });
-  }
-  ~LocalFileServer() {
-    stop_ = true;
-    thread_.join();
-    ::close(socket_);
-  }
-  LocalFileServer(const LocalFileServer&) = delete;
-  LocalFileServer& operator=(const LocalFileServer&) = delete;
+  explicit LocalFileServer(const std::string& folder) : folder_(folder) {}
 
-  std::string Url(const std::string& name) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + "/" + name;
-  }
+  std::string Url(const std::string& name) const { return server_.Url(name); }
 
  private:
-  void Serve() {
-    while (!stop_) {
-      pollfd waiting{socket_, POLLIN, 0};
-      if (::poll(&waiting, 1, 50) <= 0) continue;
-      const int client = ::accept(socket_, nullptr, nullptr);
-      if (client < 0) continue;
-      Answer(client);
-      ::close(client);
-    }
-  }
-
   // Reads the request head and answers with the file it names, or 404. Names are plain file
   // names of the folder: anything with a slash or ".." is not found.
   void Answer(int client) {
@@ -104,10 +65,7 @@ class LocalFileServer {
   }
 
   std::string folder_;
-  int socket_ = -1;
-  int port_ = 0;
-  std::atomic<bool> stop_{false};
-  std::thread thread_;
+  LoopbackServer server_{[this](int client) { Answer(client); }};
 };
 
 }  // namespace zenutl_test
